@@ -1,0 +1,80 @@
+#include "fakes/ManualClock.h"
+
+#include <algorithm>
+
+namespace vantle {
+
+class ManualClock::Handle final : public TimerHandle {
+public:
+    Handle(std::weak_ptr<ManualClock*> clock, quint64 id)
+        : m_clock(std::move(clock))
+        , m_id(id) {}
+    ~Handle() override {
+        if (const auto clock = m_clock.lock()) {
+            (*clock)->cancel(m_id);
+        }
+    }
+
+private:
+    std::weak_ptr<ManualClock*> m_clock;
+    quint64 m_id;
+};
+
+ManualClock::ManualClock(QDateTime wallNow)
+    : m_wallNow(std::move(wallNow))
+    , m_self(std::make_shared<ManualClock*>(this)) {}
+
+ManualClock::~ManualClock() = default;
+
+Timer ManualClock::singleShot(Milliseconds delay, std::function<void()> callback,
+                              std::optional<Milliseconds> tolerance) {
+    return schedule(delay, false, std::move(callback), tolerance);
+}
+
+Timer ManualClock::repeating(Milliseconds interval, std::function<void()> callback,
+                             std::optional<Milliseconds> tolerance) {
+    return schedule(interval, true, std::move(callback), tolerance);
+}
+
+Timer ManualClock::schedule(Milliseconds delay, bool repeats, std::function<void()> callback,
+                            std::optional<Milliseconds> tolerance) {
+    const quint64 id = m_nextId++;
+    m_timers.emplace(m_monotonicNow + std::max(delay, Milliseconds(0)),
+                     Entry{delay, repeats, std::move(callback), tolerance, id});
+    return std::make_unique<Handle>(m_self, id);
+}
+
+void ManualClock::cancel(quint64 id) {
+    const auto it = std::find_if(m_timers.begin(), m_timers.end(),
+                                 [id](const auto& entry) { return entry.second.id == id; });
+    if (it != m_timers.end()) {
+        m_timers.erase(it);
+    }
+}
+
+void ManualClock::advance(Milliseconds duration) {
+    const Milliseconds target = m_monotonicNow + duration;
+    // Timers equal in due time fire in creation order (multimap keeps insertion order).
+    while (!m_timers.empty() && m_timers.begin()->first <= target) {
+        auto node = m_timers.extract(m_timers.begin());
+        const Milliseconds due = node.key();
+        m_wallNow = m_wallNow.addMSecs((due - m_monotonicNow).count());
+        m_monotonicNow = due;
+        Entry& entry = node.mapped();
+        const std::function<void()> callback = entry.callback;
+        if (entry.repeats) {
+            // Re-queue before running, so the callback may cancel its own timer.
+            node.key() = due + std::max(entry.interval, Milliseconds(1));
+            m_timers.insert(std::move(node));
+        }
+        callback();
+    }
+    m_wallNow = m_wallNow.addMSecs((target - m_monotonicNow).count());
+    m_monotonicNow = target;
+}
+
+std::optional<Milliseconds> ManualClock::nextTimerTolerance() const {
+    return m_timers.empty() ? std::nullopt : m_timers.begin()->second.tolerance;
+}
+
+} // namespace vantle
