@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+
+namespace vantle {
+
+// Texts that name an operating-system facility. macOS shows them as written; Linux names the
+// equivalent it really uses. Both sets are compiled and tested everywhere; the composition root
+// picks the one for the running platform.
+struct ProductTexts {
+    // The operating system's name, as it heads the system line of the diagnostics report.
+    QString systemName;
+    // The power scheduler the schedules are handed to.
+    QString powerSchedulerName;
+
+    static const ProductTexts& macOS();
+    static const ProductTexts& linuxDesktop();
+};
+
+} // namespace vantle
