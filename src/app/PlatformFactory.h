@@ -1,0 +1,20 @@
+#pragma once
+
+#include "platform/Platform.h"
+
+#include <memory>
+
+namespace vantle {
+
+class InstanceGuard;
+
+enum class PlatformUse {
+    Application, // the running app: settings are saved as they change
+    Inspection,  // a command-line look at the settings: nothing on disk is changed
+};
+
+// The composition root's only knowledge of concrete platform types.
+std::unique_ptr<Platform> makePlatform(PlatformUse use);
+std::unique_ptr<InstanceGuard> makeInstanceGuard();
+
+} // namespace vantle

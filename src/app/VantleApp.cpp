@@ -1,0 +1,128 @@
+#include "app/VantleApp.h"
+
+#include "app/AppDelegate.h"
+#include "app/PlatformFactory.h"
+#include "app/TerminationSignals.h"
+#include "model/AppSettings.h"
+#include "platform/InstanceGuard.h"
+#include "platform/Log.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <cstdio>
+
+namespace vantle {
+
+namespace {
+
+const QString kDiagnosticsOption = QStringLiteral("diagnostics");
+// Until the notification authority exists the app has never asked, so the status is unknown.
+const QString kNotificationStatus = QStringLiteral("not determined");
+
+void describeApplication() {
+    QCoreApplication::setApplicationName(QStringLiteral("Vantle"));
+    QCoreApplication::setApplicationVersion(
+        QStringLiteral(VANTLE_VERSION " (" VANTLE_BUILD_NUMBER ")"));
+    QCoreApplication::setOrganizationDomain(QStringLiteral("pelmark.com"));
+}
+
+void addOptions(QCommandLineParser& parser) {
+    parser.setApplicationDescription(
+        QStringLiteral("Quits idle apps, quits everything after the machine sits idle, and runs "
+                       "weekly power schedules.\nStarted without options, Vantle runs in the "
+                       "system tray; a second start shows the running copy."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addOption(QCommandLineOption(
+        kDiagnosticsOption,
+        QStringLiteral("Print the support report of this user's settings and exit.")));
+}
+
+void printLine(const QString& text) {
+    std::fputs(text.toUtf8().constData(), stdout);
+    std::fputc('\n', stdout);
+}
+
+bool hasDisplay() {
+#ifdef Q_OS_LINUX
+    return qEnvironmentVariableIsSet("QT_QPA_PLATFORM") || qEnvironmentVariableIsSet("DISPLAY") ||
+           qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+#else
+    return true;
+#endif
+}
+
+} // namespace
+
+VantleApp::VantleApp() = default;
+VantleApp::~VantleApp() = default;
+
+bool VantleApp::isCommandLineOnly(const QStringList& arguments) {
+    static const QStringList options{QStringLiteral("-h"),           QStringLiteral("--help"),
+                                     QStringLiteral("-?"),           QStringLiteral("--help-all"),
+                                     QStringLiteral("-v"),           QStringLiteral("--version"),
+                                     QStringLiteral("--diagnostics")};
+    return std::any_of(arguments.cbegin() + (arguments.isEmpty() ? 0 : 1), arguments.cend(),
+                       [](const QString& argument) { return options.contains(argument); });
+}
+
+int VantleApp::run(int argc, char* argv[]) {
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i) {
+        arguments << QString::fromLocal8Bit(argv[i]);
+    }
+    describeApplication();
+    if (isCommandLineOnly(arguments)) {
+        QCoreApplication app(argc, argv);
+        return runCommandLine();
+    }
+    if (!hasDisplay()) {
+        logLine(QStringLiteral("no graphical display (neither DISPLAY nor WAYLAND_DISPLAY is set). "
+                               "Start Vantle from your desktop session."));
+        return 1;
+    }
+    QApplication app(argc, argv);
+    return runApplication();
+}
+
+int VantleApp::runCommandLine() {
+    QCommandLineParser parser;
+    addOptions(parser);
+    parser.process(QCoreApplication::arguments()); // answers --help and --version itself
+
+    if (parser.isSet(kDiagnosticsOption)) {
+        const std::unique_ptr<Platform> platform = makePlatform(PlatformUse::Inspection);
+        AppDelegate delegate(*platform);
+        printLine(delegate.settings().diagnosticsReport(kNotificationStatus));
+    }
+    return 0;
+}
+
+int VantleApp::runApplication() {
+    QCommandLineParser parser;
+    addOptions(parser);
+    parser.process(QCoreApplication::arguments()); // rejects unknown options with a message
+    QApplication::setQuitOnLastWindowClosed(false);
+    QApplication::setDesktopFileName(QStringLiteral(VANTLE_BUNDLE_ID));
+
+    const std::unique_ptr<InstanceGuard> guard = makeInstanceGuard();
+    if (guard->claim() == InstanceGuard::Claim::AlreadyRunning) {
+        return 0;
+    }
+
+    const std::unique_ptr<Platform> platform = makePlatform(PlatformUse::Application);
+    m_appDelegate = std::make_unique<AppDelegate>(*platform);
+    QObject::connect(guard.get(), &InstanceGuard::activationRequested, m_appDelegate.get(),
+                     [] { logLine(QStringLiteral("another launch asked to show Vantle")); });
+
+    TerminationSignals terminationSignals;
+    QObject::connect(&terminationSignals, &TerminationSignals::terminationRequested, qApp,
+                     [](int) { QCoreApplication::quit(); });
+
+    m_appDelegate->applicationDidFinishLaunching();
+    const int status = QApplication::exec();
+    m_appDelegate.reset();
+    return status;
+}
+
+} // namespace vantle

@@ -1,0 +1,99 @@
+#include "support/PrivateSessionBus.h"
+
+#include <QDBusConnectionInterface>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+#include <csignal>
+#include <memory>
+
+using vantle::testing::PrivateSessionBus;
+
+namespace {
+const QString kServiceName = QStringLiteral("com.pelmark.vantle");
+}
+
+// Starts real copies of vantle on a private session bus.
+class TestSingleInstance : public QObject {
+    Q_OBJECT
+
+private:
+    std::unique_ptr<PrivateSessionBus> m_bus;
+    QTemporaryDir m_home;
+
+    std::unique_ptr<QProcess> start(const QString& busAddress) const {
+        auto process = std::make_unique<QProcess>();
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), busAddress);
+        env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+        env.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home.path());
+        process->setProcessEnvironment(env);
+        process->start(QStringLiteral(VANTLE_BINARY), {});
+        return process;
+    }
+
+    bool nameOwned() const {
+        return m_bus->connection().interface()->isServiceRegistered(kServiceName);
+    }
+
+    static void stop(QProcess& process, int signalNumber) {
+        ::kill(static_cast<pid_t>(process.processId()), signalNumber);
+        QVERIFY(process.waitForFinished(10'000));
+        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(process.exitCode(), 0);
+    }
+
+private slots:
+    void init() {
+        m_bus = std::make_unique<PrivateSessionBus>();
+        if (!m_bus->isRunning()) {
+            QSKIP(qPrintable(m_bus->error()));
+        }
+    }
+    void cleanup() { m_bus.reset(); }
+
+    void secondLaunchShowsTheFirstAndLeaves() {
+        auto first = start(m_bus->address());
+        QTRY_VERIFY_WITH_TIMEOUT(nameOwned(), 20'000);
+
+        auto second = start(m_bus->address());
+        QVERIFY(second->waitForFinished(20'000));
+        QCOMPARE(second->exitStatus(), QProcess::NormalExit);
+        QCOMPARE(second->exitCode(), 0);
+
+        QString firstLog;
+        QTRY_VERIFY_WITH_TIMEOUT(
+            (firstLog += QString::fromUtf8(first->readAllStandardError()))
+                .contains(QStringLiteral("another launch asked to show Vantle")),
+            10'000);
+        QCOMPARE(first->state(), QProcess::Running);
+        stop(*first, SIGTERM);
+        QVERIFY(!nameOwned());
+    }
+
+    void copiesStartedTogetherLeaveExactlyOneRunning() {
+        auto a = start(m_bus->address());
+        auto b = start(m_bus->address());
+        QTRY_VERIFY_WITH_TIMEOUT(
+            a->state() == QProcess::NotRunning || b->state() == QProcess::NotRunning, 20'000);
+        QProcess& ended = a->state() == QProcess::NotRunning ? *a : *b;
+        QProcess& running = a->state() == QProcess::NotRunning ? *b : *a;
+        QCOMPARE(ended.exitCode(), 0);
+        QTest::qWait(300);
+        QCOMPARE(running.state(), QProcess::Running);
+        stop(running, SIGINT);
+    }
+
+    void runsAloneWhenThereIsNoSessionBus() {
+        auto lonely = start(QStringLiteral("unix:path=/nonexistent/vantle-test-bus"));
+        QString log;
+        QTRY_VERIFY_WITH_TIMEOUT((log += QString::fromUtf8(lonely->readAllStandardError()))
+                                     .contains(QStringLiteral("no D-Bus session bus")),
+                                 20'000);
+        QCOMPARE(lonely->state(), QProcess::Running);
+        stop(*lonely, SIGTERM);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSingleInstance)
+#include "tst_singleinstance.moc"
