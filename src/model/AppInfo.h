@@ -22,7 +22,7 @@ struct AppInfo {
 };
 
 inline size_t qHash(const AppInfo& app, size_t seed = 0) noexcept {
-    return qHash(app.id, seed);
+    return QT_PREPEND_NAMESPACE(qHash)(app.id, seed);
 }
 
 } // namespace vantle

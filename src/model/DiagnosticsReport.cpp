@@ -6,6 +6,7 @@
 
 #include <QLocale>
 #include <QRegularExpression>
+#include <algorithm>
 #include <cmath>
 
 namespace vantle {
@@ -18,9 +19,14 @@ QString yesNo(bool value) {
     return value ? QStringLiteral("yes") : QStringLiteral("no");
 }
 
-// Minutes and seconds are shown as whole numbers, truncated toward zero.
+// Minutes and seconds are shown as whole numbers, truncated toward zero. Values beyond any
+// sensible duration (only possible by editing the file) saturate instead of overflowing.
 QString whole(double value) {
-    return QString::number(static_cast<qint64>(std::trunc(value)));
+    if (std::isnan(value)) {
+        return QStringLiteral("0");
+    }
+    constexpr double limit = 9.0e18;
+    return QString::number(static_cast<qint64>(std::trunc(std::clamp(value, -limit, limit))));
 }
 
 QString commandTitle(AppCommand command) {
@@ -69,7 +75,8 @@ QString mediumDateTime(const QDateTime& when, const QLocale& locale) {
     // Qt has no "medium" date style: take the locale's long date, drop the weekday and shorten
     // the month name.
     QString dateFormat = locale.dateFormat(QLocale::LongFormat);
-    static const QRegularExpression weekday(QStringLiteral("d{4}[,.]?\\s*"));
+    // The weekday may lead ("dddd, MMMM d, yyyy") or trail ("yyyy. MMMM d., dddd").
+    static const QRegularExpression weekday(QStringLiteral(",?\\s*d{4}[,.]?\\s*"));
     dateFormat.remove(weekday);
     dateFormat.replace(QStringLiteral("MMMM"), QStringLiteral("MMM"));
     const QString date = locale.toString(when.date(), dateFormat.trimmed());
