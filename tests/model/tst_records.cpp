@@ -72,15 +72,6 @@ private slots:
         }
     }
 
-    void weekdayFromInt() {
-        for (const qint64 value : {-1, 0, 8, 1000}) {
-            QVERIFY(!ShutdownSchedule::weekdayFromInt(value));
-        }
-        for (const qint64 value : {1, 4, 7}) {
-            QCOMPARE(static_cast<qint64>(ShutdownSchedule::weekdayFromInt(value).value()), value);
-        }
-    }
-
     void encodeAppRules() {
         // Whole numbers are written without a fraction.
         for (const auto& [timeout, text] :
@@ -238,12 +229,6 @@ private slots:
         AppInfo other = first;
         other.id = 413;
         QVERIFY(!(first == other));
-    }
-
-    void schedulesCompareEnabledFlag() {
-        ShutdownSchedule disabled = weeknightShutdown();
-        disabled.isEnabled = false;
-        QVERIFY(!(disabled == weeknightShutdown()));
     }
 };
 
