@@ -1,0 +1,78 @@
+#include "fakes/FakeWorkspace.h"
+
+namespace vantle {
+
+bool FakeRunningApplication::terminate() {
+    ++terminateRequests;
+    if (terminated) {
+        return false;
+    }
+    if (!refusesToQuit && workspace) {
+        workspace->exit(pid);
+    }
+    return true;
+}
+
+bool FakeRunningApplication::forceTerminate() {
+    ++forceRequests;
+    if (terminated) {
+        return false;
+    }
+    if (workspace) {
+        workspace->exit(pid);
+    }
+    return true;
+}
+
+bool FakeRunningApplication::hide() {
+    ++hideRequests;
+    return !terminated;
+}
+
+QList<RunningApplicationRef> FakeWorkspace::runningApplications() const {
+    const_cast<FakeWorkspace*>(this)->listCalls++;
+    QList<RunningApplicationRef> list;
+    if (supported) {
+        for (const auto& app : apps) {
+            list.append(app);
+        }
+    }
+    return list;
+}
+
+RunningApplicationRef FakeWorkspace::application(qint32 pid) const {
+    for (const auto& app : apps) {
+        if (app->pid == pid) {
+            return app;
+        }
+    }
+    return nullptr;
+}
+
+std::shared_ptr<FakeRunningApplication> FakeWorkspace::add(qint32 pid, std::optional<QString> name,
+                                                           std::optional<QString> bundleId,
+                                                           ActivationPolicy policy) {
+    auto app =
+        std::make_shared<FakeRunningApplication>(pid, std::move(name), std::move(bundleId), policy);
+    app->workspace = this;
+    apps.append(app);
+    return app;
+}
+
+void FakeWorkspace::exit(qint32 pid) {
+    for (qsizetype i = 0; i < apps.size(); ++i) {
+        if (apps[i]->pid == pid) {
+            apps[i]->terminated = true;
+            apps.removeAt(i);
+            return;
+        }
+    }
+}
+
+void FakeWorkspace::emitTerminate(qint32 pid) {
+    RunningApplicationRef app = application(pid);
+    exit(pid);
+    emit didTerminateApplication(app);
+}
+
+} // namespace vantle
