@@ -1,0 +1,200 @@
+#include "fakes/FakeBundleInfo.h"
+#include "fakes/FakeIdleTime.h"
+#include "fakes/FakeWorkspace.h"
+#include "fakes/ManualClock.h"
+#include "fakes/MemoryDefaultsStore.h"
+#include "model/AppSettings.h"
+#include "model/ProductTexts.h"
+#include "monitor/AppMonitorService.h"
+#include "monitor/AutoQuitManager.h"
+#include "monitor/IdleMonitorService.h"
+
+#include <QTest>
+#include <memory>
+
+using namespace vantle;
+using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Batches = QList<QList<qint32>>;
+
+// Everything the engine reads, wired as the application wires it.
+struct Rig {
+    FakeWorkspace workspace;
+    ManualClock clock;
+    FakeIdleTime idle;
+    MemoryDefaultsStore store;
+    FakeBundleInfo bundle;
+    AppSettings settings{store, bundle, clock, ProductTexts::macOS()};
+    std::unique_ptr<AppMonitorService> apps;
+    IdleMonitorService idleMonitor{idle, clock};
+    AutoQuitManager manager{workspace, clock};
+    Batches batches;
+
+    // Call once the workspace holds its apps: they are first seen now.
+    void wire() {
+        apps = std::make_unique<AppMonitorService>(workspace, clock, 1);
+        manager.setAppMonitor(apps.get());
+        manager.setIdleMonitor(&idleMonitor);
+        manager.setSettings(&settings);
+        manager.onAppsReadyToQuit = [this](const QList<AppInfo>& batch) {
+            QList<qint32> pids;
+            for (const AppInfo& app : batch) {
+                pids << app.id;
+            }
+            batches << pids;
+        };
+    }
+    void idleFor(double seconds) {
+        idle.seconds = seconds;
+        idleMonitor.start(30);
+    }
+    void quitRule(const QString& bundleID, double minutes) {
+        QList<AppRule> rules = settings.appRules();
+        rules << AppRule{bundleID, bundleID, AppRule::Action::quit, minutes};
+        settings.setAppRules(rules);
+    }
+};
+
+} // namespace
+
+class TestAutoQuitManager : public QObject {
+    Q_OBJECT
+
+private slots:
+    void idleSweepFiresOncePerIdlePeriod() {
+        Rig r;
+        r.workspace.add(10, u"Front"_s, u"com.front"_s);
+        r.workspace.add(11, u"Menu"_s, u"com.menu"_s, ActivationPolicy::accessory);
+        r.workspace.add(12, u"Kept"_s, u"com.keep"_s);
+        r.workspace.add(13, u"Tool"_s);
+        r.workspace.add(14, u"Other kept"_s, u"com.Keep"_s);
+        r.workspace.frontmost = 10;
+        r.wire();
+        r.settings.setIdleQuitEnabled(true);
+        r.settings.setIdleQuitTimeout(30);
+        r.settings.setExcludedBundleIDs({u"com.keep"_s});
+
+        r.idleFor(30 * 60 - 0.001);
+        r.manager.evaluate();
+        QCOMPARE(r.batches, Batches());
+        r.idleFor(30 * 60);
+        r.manager.evaluate();
+        r.manager.evaluate();
+        // Frontmost included; menu-bar app protected; exclusion is case-sensitive.
+        QCOMPARE(r.batches, Batches({{10, 14, 13}}));
+
+        // Switched off, the sweep neither fires nor forgets that it fired.
+        r.settings.setIdleQuitEnabled(false);
+        r.idleFor(0);
+        r.manager.evaluate();
+        QVERIFY(r.manager.idleQuitFired());
+
+        r.settings.setIdleQuitEnabled(true);
+        r.manager.evaluate();
+        QVERIFY(!r.manager.idleQuitFired());
+        r.idleFor(4000);
+        r.manager.evaluate();
+        QCOMPARE(r.batches.size(), 2);
+    }
+
+    void idleSweepWithNothingToQuitStillLatches() {
+        Rig r;
+        r.workspace.add(11, u"Menu"_s, u"com.menu"_s, ActivationPolicy::accessory);
+        r.workspace.add(12, u"Kept"_s, u"com.keep"_s);
+        r.wire();
+        r.settings.setIdleQuitEnabled(true);
+        r.settings.setExcludedBundleIDs({u"com.keep"_s});
+        r.idleFor(24 * 3600);
+        r.manager.evaluate();
+        QVERIFY(r.manager.idleQuitFired());
+        QCOMPARE(r.batches, Batches());
+    }
+
+    void ruleTimeoutIsInclusive_data() {
+        QTest::addColumn<AppRule::Action>("action");
+        QTest::addColumn<qint64>("idleMs");
+        QTest::addColumn<bool>("acts");
+        QTest::newRow("quit, exactly") << AppRule::Action::quit << qint64(300'000) << true;
+        QTest::newRow("quit, 1 ms early") << AppRule::Action::quit << qint64(299'999) << false;
+        QTest::newRow("hide, exactly") << AppRule::Action::hide << qint64(300'000) << true;
+        QTest::newRow("hide, 1 ms early") << AppRule::Action::hide << qint64(299'999) << false;
+    }
+
+    void ruleTimeoutIsInclusive() {
+        QFETCH(AppRule::Action, action);
+        QFETCH(qint64, idleMs);
+        QFETCH(bool, acts);
+        Rig r;
+        auto app = r.workspace.add(10, u"App"_s, u"com.app"_s);
+        r.wire();
+        r.settings.setAppRules({AppRule{u"com.app"_s, u"App"_s, action, 5}});
+
+        // Never activated: idle since first seen.
+        r.clock.advance(Milliseconds(idleMs));
+        r.manager.evaluate();
+        const bool quits = action == AppRule::Action::quit;
+        QCOMPARE(r.batches, acts && quits ? Batches({{10}}) : Batches());
+        QCOMPARE(app->hideRequests, acts && !quits ? 1 : 0);
+    }
+
+    void rulesSpareTheFrontmostAndMenuBarApps() {
+        Rig r;
+        r.workspace.add(10, u"Front"_s, u"com.front"_s);
+        r.workspace.add(11, u"Menu"_s, u"com.menu"_s, ActivationPolicy::accessory);
+        r.workspace.frontmost = 10;
+        r.wire();
+        r.quitRule(u"com.front"_s, 1);
+        r.quitRule(u"com.menu"_s, 1);
+
+        r.clock.advance(3h);
+        r.manager.evaluate();
+        QCOMPARE(r.batches, Batches());
+
+        r.settings.setProtectMenuBarApps(false);
+        r.workspace.frontmost.reset();
+        r.manager.evaluate();
+        QCOMPARE(r.batches, Batches({{10, 11}}));
+    }
+
+    void onePassHandsOverTheSweepThenTheRulesInRuleOrder() {
+        Rig r;
+        r.workspace.add(10, u"A"_s, u"com.a"_s);
+        r.workspace.add(11, u"B1"_s, u"com.b"_s);
+        r.workspace.add(12, u"B2"_s, u"com.b"_s);
+        r.workspace.add(13, u"No id"_s);
+        r.wire();
+        r.quitRule(u"com.b"_s, 1);
+        r.quitRule(u"com.a"_s, 1);
+        r.quitRule(u"com.b"_s, 1);
+        r.quitRule(QString(), 0); // an app without a bundle id matches no rule
+        r.settings.setIdleQuitEnabled(true);
+        r.settings.setIdleQuitTimeout(1);
+
+        r.clock.advance(1min);
+        r.idleFor(60);
+        r.manager.evaluate();
+        QCOMPARE(r.batches, Batches({{10, 11, 12, 13}, {11, 12, 10, 11, 12}}));
+    }
+
+    void passesComeEveryMinuteWhileTheSourcesLive() {
+        Rig r;
+        r.workspace.add(10, u"App"_s, u"com.app"_s);
+        r.wire();
+        r.quitRule(u"com.app"_s, 0);
+        r.manager.start();
+        r.clock.advance(59'999ms);
+        QCOMPARE(r.batches.size(), 0);
+        r.clock.advance(1ms);
+        QCOMPARE(r.batches.size(), 1);
+
+        r.apps.reset();
+        r.clock.advance(5min);
+        QCOMPARE(r.batches.size(), 1);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestAutoQuitManager)
+#include "tst_autoquitmanager.moc"
