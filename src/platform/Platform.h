@@ -4,7 +4,9 @@
 #include "platform/Clock.h"
 #include "platform/DefaultsStore.h"
 #include "platform/Executor.h"
+#include "platform/IdleTime.h"
 #include "platform/LoginItem.h"
+#include "platform/Workspace.h"
 
 #include <memory>
 
@@ -15,11 +17,16 @@ struct ProductTexts;
 // Every OS facility the application uses, built once by the composition root for the platform
 // it runs on. Services receive only the interfaces they need.
 struct Platform {
+    virtual ~Platform() = default;
+
     std::unique_ptr<Clock> clock;
     std::unique_ptr<Executor> executor;
     std::unique_ptr<DefaultsStore> defaults;
     std::unique_ptr<BundleInfo> bundle;
     std::unique_ptr<LoginItem> loginItem;
+    // Only for uses that look at the desktop (the app itself, the app listing).
+    std::unique_ptr<Workspace> workspace;
+    std::unique_ptr<IdleTime> idleTime;
     const ProductTexts* texts = nullptr;
 };
 

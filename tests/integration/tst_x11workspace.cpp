@@ -1,0 +1,256 @@
+#include "fakes/ManualClock.h"
+#include "monitor/AppMonitorService.h"
+#include "platform/linux/X11Connection.h"
+#include "platform/linux/X11Workspace.h"
+#include "platform/linux/XScreenSaverIdleTime.h"
+#include "support/VirtualDesktop.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+#include <unistd.h>
+#include <xcb/xcb_icccm.h>
+#include <xcb/xtest.h>
+
+using namespace vantle;
+using std::chrono::seconds;
+using vantle::testing::VirtualDesktop;
+
+namespace {
+
+const AppInfo* findByPid(const QList<AppInfo>& apps, qint64 pid) {
+    for (const AppInfo& app : apps) {
+        if (app.id == pid) {
+            return &app;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+// The X11 backend against a real X server, window manager and clients.
+class TestX11Workspace : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<VirtualDesktop> m_desktop;
+    std::unique_ptr<X11Connection> m_x;
+    std::unique_ptr<X11Workspace> m_workspace;
+    std::unique_ptr<ManualClock> m_clock;
+    std::unique_ptr<AppMonitorService> m_monitor;
+    QTemporaryDir m_data;
+    std::vector<std::unique_ptr<QProcess>> m_clients;
+
+    QProcess& startClient(const QString& program, const QStringList& arguments) {
+        m_clients.push_back(m_desktop->start(program, arguments));
+        QProcess& client = *m_clients.back();
+        client.setProcessChannelMode(QProcess::MergedChannels);
+        return client;
+    }
+    QProcess& startRefuser(const QStringList& arguments = {}) {
+        return startClient(QStringLiteral(VANTLE_REFUSER), arguments);
+    }
+    static qint32 pidOf(const QProcess& process) {
+        return static_cast<qint32>(process.processId());
+    }
+
+    bool listed(qint32 pid) { return findByPid(m_monitor->runningApps(), pid) != nullptr; }
+
+    // Iconic per ICCCM WM_STATE, which the window manager sets.
+    bool isIconic(qint32 pid) {
+        xcb_connection_t* c = m_x->connection();
+        xcb_ewmh_get_windows_reply_t list{};
+        if (!xcb_ewmh_get_client_list_reply(m_x->ewmh(), xcb_ewmh_get_client_list(m_x->ewmh(), 0),
+                                            &list, nullptr)) {
+            return false;
+        }
+        bool iconic = false;
+        const xcb_atom_t wmState = m_x->atom("WM_STATE");
+        for (uint32_t i = 0; i < list.windows_len; ++i) {
+            const auto pids =
+                m_x->cardinalProperty(list.windows[i], m_x->ewmh()->_NET_WM_PID, XCB_ATOM_CARDINAL);
+            if (!pids.empty() && static_cast<qint32>(pids.front()) == pid) {
+                const auto state = m_x->cardinalProperty(list.windows[i], wmState, wmState);
+                iconic = !state.empty() && state.front() == XCB_ICCCM_WM_STATE_ICONIC;
+            }
+        }
+        xcb_ewmh_get_windows_reply_wipe(&list);
+        Q_UNUSED(c);
+        return iconic;
+    }
+
+    void activate(qint32 pid) {
+        for (const RunningApplicationRef& app : m_workspace->runningApplications()) {
+            Q_UNUSED(app);
+        }
+        xcb_ewmh_get_windows_reply_t list{};
+        QVERIFY(xcb_ewmh_get_client_list_reply(
+            m_x->ewmh(), xcb_ewmh_get_client_list(m_x->ewmh(), 0), &list, nullptr));
+        for (uint32_t i = 0; i < list.windows_len; ++i) {
+            const auto pids =
+                m_x->cardinalProperty(list.windows[i], m_x->ewmh()->_NET_WM_PID, XCB_ATOM_CARDINAL);
+            if (!pids.empty() && static_cast<qint32>(pids.front()) == pid) {
+                xcb_ewmh_request_change_active_window(m_x->ewmh(), 0, list.windows[i],
+                                                      XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER,
+                                                      XCB_CURRENT_TIME, XCB_WINDOW_NONE);
+            }
+        }
+        xcb_ewmh_get_windows_reply_wipe(&list);
+        m_x->flush();
+    }
+
+private slots:
+    void initTestCase() {
+        m_desktop = std::make_unique<VirtualDesktop>();
+        if (!m_desktop->isRunning()) {
+            QSKIP(qPrintable(m_desktop->error()));
+        }
+        // A desktop entry so the refuser's class maps to an id and a localised name.
+        QDir().mkpath(m_data.filePath(QStringLiteral("applications")));
+        QFile entry(m_data.filePath(QStringLiteral("applications/org.example.Refuser.desktop")));
+        QVERIFY(entry.open(QIODevice::WriteOnly));
+        // GIO ignores entries whose program does not exist, so name the real one.
+        entry.write("[Desktop Entry]\nType=Application\nName=Stubborn Editor\nExec=" VANTLE_REFUSER
+                    "\nStartupWMClass=Refuser\nIcon=text-editor\n");
+        entry.close();
+        qputenv("XDG_DATA_DIRS", m_data.path().toLocal8Bit());
+        qputenv("XDG_DATA_HOME", m_data.path().toLocal8Bit());
+    }
+
+    void init() {
+        m_x = X11Connection::open(m_desktop->display());
+        QVERIFY(m_x);
+        m_workspace = std::make_unique<X11Workspace>(*m_x);
+        m_clock = std::make_unique<ManualClock>();
+        m_monitor = std::make_unique<AppMonitorService>(*m_workspace, *m_clock,
+                                                        static_cast<qint32>(::getpid()));
+    }
+
+    void cleanup() {
+        for (auto& client : m_clients) {
+            client->kill();
+            client->waitForFinished(5'000);
+        }
+        m_clients.clear();
+        m_monitor.reset();
+        m_workspace.reset();
+        m_x.reset();
+    }
+
+    void listsRealClientsWithTheirIdentity() {
+        QProcess& xterm = startClient(QStringLiteral("xterm"), {});
+        QProcess& refuser = startRefuser();
+        // An X client of this very process: the monitor must leave it out.
+        QProcess& own = startRefuser({QStringLiteral("--class"), QStringLiteral("Own")});
+        QTRY_VERIFY_WITH_TIMEOUT(listed(pidOf(xterm)) && listed(pidOf(refuser)), 20'000);
+
+        const AppInfo* editor = findByPid(m_monitor->runningApps(), pidOf(refuser));
+        QCOMPARE(editor->name, QStringLiteral("Stubborn Editor"));
+        QCOMPARE(editor->bundleIdentifier, std::optional(QStringLiteral("org.example.Refuser")));
+        QVERIFY(!editor->isBackground);
+        const AppInfo* terminal = findByPid(m_monitor->runningApps(), pidOf(xterm));
+        QCOMPARE(terminal->name, QStringLiteral("XTerm"));
+        QVERIFY(!terminal->isBackground);
+
+        AppMonitorService self(*m_workspace, *m_clock, pidOf(own));
+        QTRY_VERIFY(listed(pidOf(own)));
+        self.refresh();
+        QVERIFY(!findByPid(self.runningApps(), pidOf(own)));
+        QVERIFY(findByPid(self.runningApps(), pidOf(xterm)));
+    }
+
+    void listAppsCommandShowsTheSameSnapshot() {
+        QProcess& refuser = startRefuser();
+        QTRY_VERIFY_WITH_TIMEOUT(listed(pidOf(refuser)), 20'000);
+        auto listing =
+            m_desktop->start(QStringLiteral(VANTLE_BINARY), {QStringLiteral("--list-apps")});
+        QVERIFY(listing->waitForFinished(30'000));
+        QCOMPARE(listing->exitCode(), 0);
+        const QStringList lines =
+            QString::fromUtf8(listing->readAllStandardOutput()).split(QLatin1Char('\n'));
+        QVERIFY(lines.first().startsWith(QStringLiteral("PID")));
+        const QString row =
+            lines.filter(QRegularExpression(QStringLiteral("^%1\\s").arg(pidOf(refuser)))).value(0);
+        QVERIFY2(row.contains(QStringLiteral("Stubborn Editor")) &&
+                     row.contains(QStringLiteral("org.example.Refuser")) &&
+                     row.contains(QStringLiteral("regular")),
+                 qPrintable(lines.join(QLatin1Char('\n'))));
+    }
+
+    void activationStampsTheLastActiveDate() {
+        QProcess& first = startRefuser();
+        QProcess& second = startRefuser({QStringLiteral("--class"), QStringLiteral("Second")});
+        QTRY_VERIFY_WITH_TIMEOUT(listed(pidOf(first)) && listed(pidOf(second)), 20'000);
+
+        activate(pidOf(first));
+        QTRY_COMPARE(m_workspace->frontmostApplication(), std::optional(pidOf(first)));
+        m_clock->advance(seconds(600));
+        const QDateTime switchedAt = m_clock->now();
+        activate(pidOf(second));
+        QTRY_COMPARE(m_workspace->frontmostApplication(), std::optional(pidOf(second)));
+        // Both the app that came to the front and the one that left it are stamped.
+        QTRY_COMPARE(m_monitor->lastActiveDate(pidOf(second)), switchedAt);
+        QCOMPARE(m_monitor->lastActiveDate(pidOf(first)), switchedAt);
+    }
+
+    void politeQuitClosesWhatAgreesAndReportsRefusers() {
+        QProcess& xterm = startClient(QStringLiteral("xterm"), {});
+        QProcess& refuser = startRefuser();
+        QTRY_VERIFY_WITH_TIMEOUT(listed(pidOf(xterm)) && listed(pidOf(refuser)), 20'000);
+        const QList<AppInfo> batch{*findByPid(m_monitor->runningApps(), pidOf(xterm)),
+                                   *findByPid(m_monitor->runningApps(), pidOf(refuser))};
+
+        std::optional<QList<AppInfo>> stillRunning;
+        m_monitor->quit(batch, [&](QList<AppInfo> apps) { stillRunning = apps; });
+        QVERIFY(xterm.waitForFinished(10'000));
+        QByteArray said;
+        QTRY_VERIFY2((said += refuser.readAll()).contains("close requested"), said.constData());
+        m_clock->advance(seconds(10));
+        QVERIFY(stillRunning);
+        QCOMPARE(stillRunning->size(), 1);
+        QCOMPARE(stillRunning->first().id, pidOf(refuser));
+        QTRY_VERIFY(!listed(pidOf(xterm)));
+        QCOMPARE(refuser.state(), QProcess::Running);
+
+        // Forcing does not ask.
+        m_workspace->application(pidOf(refuser))->forceTerminate();
+        QVERIFY(refuser.waitForFinished(10'000));
+        QCOMPARE(refuser.exitStatus(), QProcess::CrashExit);
+        QTRY_VERIFY(!listed(pidOf(refuser)));
+    }
+
+    void exitedProcessStaysTerminatedEvenIfItsPidComesBack() {
+        QProcess& refuser = startRefuser({QStringLiteral("--accept")});
+        QTRY_VERIFY_WITH_TIMEOUT(listed(pidOf(refuser)), 20'000);
+        const RunningApplicationRef handle = m_workspace->application(pidOf(refuser));
+        QVERIFY(!handle->isTerminated());
+        QVERIFY(handle->terminate());
+        QVERIFY(refuser.waitForFinished(10'000));
+        QTRY_VERIFY(handle->isTerminated());
+        QVERIFY(!handle->terminate());
+        QVERIFY(!handle->forceTerminate());
+    }
+
+    void hideIconifies() {
+        QProcess& refuser = startRefuser();
+        QTRY_VERIFY_WITH_TIMEOUT(listed(pidOf(refuser)), 20'000);
+        QVERIFY(!isIconic(pidOf(refuser)));
+        QVERIFY(m_workspace->application(pidOf(refuser))->hide());
+        QTRY_VERIFY(isIconic(pidOf(refuser)));
+    }
+
+    void inputResetsTheIdleTime() {
+        XScreenSaverIdleTime idle(*m_x);
+        QTRY_VERIFY_WITH_TIMEOUT(idle.secondsSinceLastInput().value_or(0) >= 1.0, 5'000);
+        xcb_connection_t* c = m_x->connection();
+        xcb_test_fake_input(c, XCB_MOTION_NOTIFY, 0, XCB_CURRENT_TIME, m_x->root(), 40, 40, 0);
+        xcb_test_fake_input(c, XCB_MOTION_NOTIFY, 0, XCB_CURRENT_TIME, m_x->root(), 80, 80, 0);
+        m_x->flush();
+        QTRY_VERIFY(idle.secondsSinceLastInput().value_or(99) < 0.5);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestX11Workspace)
+#include "tst_x11workspace.moc"
