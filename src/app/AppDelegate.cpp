@@ -1,16 +1,31 @@
 #include "app/AppDelegate.h"
 
 #include "model/AppSettings.h"
+#include "monitor/AppMonitorService.h"
+#include "monitor/AutoQuitManager.h"
+#include "monitor/IdleMonitorService.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
 
+#include <QCoreApplication>
+#include <QPointer>
+
 namespace vantle {
+
+namespace {
+constexpr double kIdleSampleSeconds = 30;
+}
 
 AppDelegate::AppDelegate(Platform& platform, QObject* parent)
     : QObject(parent)
     , m_platform(platform)
+    , m_appMonitor(new AppMonitorService(*platform.workspace, *platform.clock,
+                                         static_cast<qint32>(QCoreApplication::applicationPid()),
+                                         this))
+    , m_idleMonitor(new IdleMonitorService(*platform.idleTime, *platform.clock, this))
     , m_settings(new AppSettings(*platform.defaults, *platform.bundle, *platform.clock,
-                                 *platform.texts, this)) {}
+                                 *platform.texts, this))
+    , m_autoQuit(new AutoQuitManager(*platform.workspace, *platform.clock, this)) {}
 
 AppDelegate::~AppDelegate() = default;
 
@@ -22,6 +37,36 @@ void AppDelegate::applicationDidFinishLaunching() {
             logLine(QStringLiteral("could not re-create the login item: %1").arg(error));
         }
     }
+
+    m_autoQuit->setAppMonitor(m_appMonitor);
+    m_autoQuit->setIdleMonitor(m_idleMonitor);
+    m_autoQuit->setSettings(m_settings);
+    QPointer<AppDelegate> self(this);
+    // Until there is a warning to show first, a batch quits at once.
+    m_autoQuit->onAppsReadyToQuit = [self](const QList<AppInfo>& apps) {
+        if (self) {
+            self->quitApps(apps);
+        }
+    };
+
+    m_autoQuit->start();
+    m_idleMonitor->start(kIdleSampleSeconds);
+}
+
+void AppDelegate::quitApps(const QList<AppInfo>& apps) {
+    QPointer<AppDelegate> self(this);
+    m_appMonitor->quit(apps, [self](const QList<AppInfo>& stillRunning) {
+        if (!self || stillRunning.isEmpty()) {
+            return;
+        }
+        // Their idle time starts over, so they are not asked again a minute later.
+        self->m_appMonitor->markJustActive(stillRunning);
+        QStringList names;
+        for (const AppInfo& app : stillRunning) {
+            names << app.name;
+        }
+        logLine(QStringLiteral("would not quit: %1").arg(names.join(QStringLiteral(", "))));
+    });
 }
 
 } // namespace vantle

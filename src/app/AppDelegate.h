@@ -4,7 +4,11 @@
 
 namespace vantle {
 
+class AppMonitorService;
 class AppSettings;
+class AutoQuitManager;
+class IdleMonitorService;
+struct AppInfo;
 struct Platform;
 
 // Owns one instance of every service for the life of the process, wires them together with
@@ -18,11 +22,19 @@ public:
 
     void applicationDidFinishLaunching();
 
+    AppMonitorService& appMonitor() const { return *m_appMonitor; }
+    IdleMonitorService& idleMonitor() const { return *m_idleMonitor; }
     AppSettings& settings() const { return *m_settings; }
+    AutoQuitManager& autoQuit() const { return *m_autoQuit; }
 
 private:
+    void quitApps(const QList<AppInfo>& apps);
+
     Platform& m_platform;
+    AppMonitorService* m_appMonitor;
+    IdleMonitorService* m_idleMonitor;
     AppSettings* m_settings;
+    AutoQuitManager* m_autoQuit;
 };
 
 } // namespace vantle

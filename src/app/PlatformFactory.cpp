@@ -7,9 +7,15 @@
 #include <QCoreApplication>
 
 #ifdef Q_OS_LINUX
+#include "platform/linux/DBusIdleTime.h"
 #include "platform/linux/DBusInstanceGuard.h"
 #include "platform/linux/FileDefaultsStore.h"
 #include "platform/linux/LinuxBundleInfo.h"
+#include "platform/linux/StatusNotifierTray.h"
+#include "platform/linux/UnsupportedWorkspace.h"
+#include "platform/linux/X11Connection.h"
+#include "platform/linux/X11Workspace.h"
+#include "platform/linux/XScreenSaverIdleTime.h"
 #include "platform/linux/XdgAutostartLoginItem.h"
 #endif
 
@@ -17,20 +23,67 @@ namespace vantle {
 
 #ifdef Q_OS_LINUX
 
+namespace {
+
+// The Linux bundle also owns what its facilities share.
+struct LinuxPlatform final : Platform {
+    ~LinuxPlatform() override {
+        // The facilities hold on to the X connection; let them go first.
+        workspace.reset();
+        idleTime.reset();
+    }
+    std::unique_ptr<X11Connection> x11;
+    std::unique_ptr<StatusNotifierTray> tray;
+};
+
+bool isWaylandSession() {
+    return qEnvironmentVariable("XDG_SESSION_TYPE") == QLatin1String("wayland") ||
+           qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+}
+
+void attachDesktop(LinuxPlatform& platform) {
+    if (isWaylandSession()) {
+        // XWayland would show only the X clients: a misleading part of the picture.
+        platform.workspace = std::make_unique<UnsupportedWorkspace>(
+            QStringLiteral("this Wayland session offers no list of other applications' windows"));
+        platform.idleTime = std::make_unique<DBusIdleTime>(QDBusConnection::sessionBus());
+        return;
+    }
+    platform.x11 = X11Connection::open();
+    if (!platform.x11) {
+        platform.workspace =
+            std::make_unique<UnsupportedWorkspace>(QStringLiteral("there is no X display"));
+        platform.idleTime = std::make_unique<DBusIdleTime>(QDBusConnection::sessionBus());
+        return;
+    }
+    auto workspace = std::make_unique<X11Workspace>(*platform.x11);
+    platform.tray = std::make_unique<StatusNotifierTray>(QDBusConnection::sessionBus());
+    workspace->setStatusNotifierPids(platform.tray->pids());
+    QObject::connect(platform.tray.get(), &StatusNotifierTray::pidsChanged, workspace.get(),
+                     &X11Workspace::setStatusNotifierPids);
+    platform.workspace = std::move(workspace);
+    platform.idleTime = std::make_unique<XScreenSaverIdleTime>(*platform.x11);
+}
+
+} // namespace
+
 std::unique_ptr<Platform> makePlatform(PlatformUse use) {
-    auto platform = std::make_unique<Platform>();
+    auto platform = std::make_unique<LinuxPlatform>();
     platform->clock = std::make_unique<SystemClock>();
     platform->executor = std::make_unique<ThreadPoolExecutor>();
     platform->bundle = std::make_unique<LinuxBundleInfo>();
     const QString bundleId = platform->bundle->bundleIdentifier().value_or(QString());
     platform->defaults = std::make_unique<FileDefaultsStore>(
         FileDefaultsStore::defaultDirectory(), bundleId,
-        use == PlatformUse::Inspection ? FileDefaultsStore::Mode::ReadOnly
-                                       : FileDefaultsStore::Mode::ReadWrite);
+        use == PlatformUse::Application ? FileDefaultsStore::Mode::ReadWrite
+                                        : FileDefaultsStore::Mode::ReadOnly);
     platform->loginItem =
         std::make_unique<XdgAutostartLoginItem>(XdgAutostartLoginItem::defaultDirectory(), bundleId,
                                                 QCoreApplication::applicationFilePath());
     platform->texts = &ProductTexts::linuxDesktop();
+    if (use != PlatformUse::Inspection) {
+        attachDesktop(*platform);
+    }
     return platform;
 }
 

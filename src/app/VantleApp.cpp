@@ -1,9 +1,11 @@
 #include "app/VantleApp.h"
 
 #include "app/AppDelegate.h"
+#include "app/AppListing.h"
 #include "app/PlatformFactory.h"
 #include "app/TerminationSignals.h"
 #include "model/AppSettings.h"
+#include "monitor/AppMonitorService.h"
 #include "platform/InstanceGuard.h"
 #include "platform/Log.h"
 
@@ -16,6 +18,7 @@ namespace vantle {
 namespace {
 
 const QString kDiagnosticsOption = QStringLiteral("diagnostics");
+const QString kListAppsOption = QStringLiteral("list-apps");
 // Until the notification authority exists the app has never asked, so the status is unknown.
 const QString kNotificationStatus = QStringLiteral("not determined");
 
@@ -36,6 +39,9 @@ void addOptions(QCommandLineParser& parser) {
     parser.addOption(QCommandLineOption(
         kDiagnosticsOption,
         QStringLiteral("Print the support report of this user's settings and exit.")));
+    parser.addOption(QCommandLineOption(
+        kListAppsOption,
+        QStringLiteral("Print the running applications as Vantle sees them and exit.")));
 }
 
 void printLine(const QString& text) {
@@ -58,10 +64,14 @@ VantleApp::VantleApp() = default;
 VantleApp::~VantleApp() = default;
 
 bool VantleApp::isCommandLineOnly(const QStringList& arguments) {
-    static const QStringList options{QStringLiteral("-h"),           QStringLiteral("--help"),
-                                     QStringLiteral("-?"),           QStringLiteral("--help-all"),
-                                     QStringLiteral("-v"),           QStringLiteral("--version"),
-                                     QStringLiteral("--diagnostics")};
+    static const QStringList options{QStringLiteral("-h"),
+                                     QStringLiteral("--help"),
+                                     QStringLiteral("-?"),
+                                     QStringLiteral("--help-all"),
+                                     QStringLiteral("-v"),
+                                     QStringLiteral("--version"),
+                                     QStringLiteral("--diagnostics"),
+                                     QStringLiteral("--list-apps")};
     return std::any_of(arguments.cbegin() + (arguments.isEmpty() ? 0 : 1), arguments.cend(),
                        [](const QString& argument) { return options.contains(argument); });
 }
@@ -92,8 +102,18 @@ int VantleApp::runCommandLine() {
 
     if (parser.isSet(kDiagnosticsOption)) {
         const std::unique_ptr<Platform> platform = makePlatform(PlatformUse::Inspection);
-        AppDelegate delegate(*platform);
-        printLine(delegate.settings().diagnosticsReport(kNotificationStatus));
+        const AppSettings settings(*platform->defaults, *platform->bundle, *platform->clock,
+                                   *platform->texts);
+        printLine(settings.diagnosticsReport(kNotificationStatus));
+    }
+    if (parser.isSet(kListAppsOption)) {
+        const std::unique_ptr<Platform> platform = makePlatform(PlatformUse::AppListing);
+        if (!platform->workspace->isSupported()) {
+            return 1;
+        }
+        AppMonitorService monitor(*platform->workspace, *platform->clock,
+                                  static_cast<qint32>(QCoreApplication::applicationPid()));
+        printLine(appListing(monitor.runningApps(), monitor.lastActiveDates()));
     }
     return 0;
 }

@@ -1,6 +1,8 @@
 #include "app/AppDelegate.h"
 #include "fakes/FakeBundleInfo.h"
+#include "fakes/FakeIdleTime.h"
 #include "fakes/FakeLoginItem.h"
+#include "fakes/FakeWorkspace.h"
 #include "fakes/InlineExecutor.h"
 #include "fakes/LogCapture.h"
 #include "fakes/ManualClock.h"
@@ -31,7 +33,16 @@ struct FakePlatform {
         platform.bundle = std::make_unique<FakeBundleInfo>();
         platform.loginItem = std::move(login);
         platform.texts = &ProductTexts::linuxDesktop();
+        auto fakeWorkspace = std::make_unique<FakeWorkspace>();
+        workspace = fakeWorkspace.get();
+        platform.workspace = std::move(fakeWorkspace);
+        auto fakeIdle = std::make_unique<FakeIdleTime>();
+        idle = fakeIdle.get();
+        platform.idleTime = std::move(fakeIdle);
     }
+    ManualClock& clock() { return static_cast<ManualClock&>(*platform.clock); }
+    FakeWorkspace* workspace;
+    FakeIdleTime* idle;
 };
 
 } // namespace
@@ -81,6 +92,35 @@ private slots:
         delegate.applicationDidFinishLaunching();
         QCOMPARE(log.count(QStringLiteral("login item")), 1);
         QVERIFY(delegate.settings().launchAtLogin());
+    }
+
+    // Until warnings exist, a due batch quits at once; a refuser gets a fresh idle period
+    // instead of being asked again every minute.
+    void dueAppsQuitAndRefusersStartOver() {
+        FakePlatform fake;
+        auto mail = fake.workspace->add(100, QStringLiteral("Mail"), QStringLiteral("com.mail"));
+        mail->refusesToQuit = true;
+        auto notes = fake.workspace->add(101, QStringLiteral("Notes"), QStringLiteral("com.notes"));
+        const QByteArray rules = *encodeAppRules(
+            {AppRule{QStringLiteral("com.mail"), QStringLiteral("Mail"), AppRule::Action::quit, 1},
+             AppRule{QStringLiteral("com.notes"), QStringLiteral("Notes"), AppRule::Action::quit,
+                     1}});
+        fake.defaults->values[QStringLiteral("appRules")] = rules;
+        LogCapture log;
+        AppDelegate delegate(fake.platform);
+        delegate.applicationDidFinishLaunching();
+        QCOMPARE(fake.idle->samples, 1);
+
+        fake.clock().advance(std::chrono::seconds(60));
+        QCOMPARE(mail->terminateRequests, 1);
+        QVERIFY(notes->terminated);
+        fake.clock().advance(std::chrono::seconds(10));
+        QCOMPARE(log.count(QStringLiteral("would not quit: Mail")), 1);
+
+        fake.clock().advance(std::chrono::seconds(50));
+        QCOMPARE(mail->terminateRequests, 1);
+        fake.clock().advance(std::chrono::seconds(60));
+        QCOMPARE(mail->terminateRequests, 2);
     }
 };
 
