@@ -5,7 +5,7 @@ function(vantle_set_warnings target)
   else()
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
                                              -Wold-style-cast -Wcast-align -Woverloaded-virtual
-                                             -Wconversion -Wsign-conversion -Wnull-dereference
+                                             -Wconversion -Wsign-conversion
                                              -Wimplicit-fallthrough)
   endif()
   if(VANTLE_WARNINGS_AS_ERRORS)

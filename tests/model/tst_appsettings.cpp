@@ -134,7 +134,7 @@ private slots:
 
         const QList<AppRule> rules{AppRule{u"a"_s, u"A"_s, AppRule::Action::hide, 3}};
         s->setAppRules(rules);
-        const QByteArray* stored = store->values.value(u"appRules"_s).get<QByteArray>();
+        const QByteArray* stored = store->values[u"appRules"_s].get<QByteArray>();
         QVERIFY(stored);
         QCOMPARE(decodeAppRules(*stored), std::optional(rules));
         QCOMPARE(store->values.value(u"shutdownSchedules"_s), DefaultsValue(u"[]"_s));
@@ -199,9 +199,9 @@ private slots:
         QCOMPARE(rulesSpy.count(), 1);
         QCOMPARE(schedulesSpy.count(), 1);
         QCOMPARE(store->writeCount, 3);
-        const QByteArray* storedRules = store->values.value(u"appRules"_s).get<QByteArray>();
+        const QByteArray* storedRules = store->values[u"appRules"_s].get<QByteArray>();
         const QByteArray* storedSchedules =
-            store->values.value(u"shutdownSchedules"_s).get<QByteArray>();
+            store->values[u"shutdownSchedules"_s].get<QByteArray>();
         QVERIFY(storedRules && storedSchedules);
         QCOMPARE(decodeAppRules(*storedRules), std::optional(rules));
         QCOMPARE(decodeShutdownSchedules(*storedSchedules), std::optional(schedules));
