@@ -51,6 +51,9 @@ X11Workspace::X11Workspace(X11Connection& connection, QObject* parent)
     m_rescanTimer.setSingleShot(true);
     m_rescanTimer.setInterval(0);
     connect(&m_rescanTimer, &QTimer::timeout, this, &X11Workspace::rescan);
+    m_notifyTimer.setSingleShot(true);
+    m_notifyTimer.setInterval(0);
+    connect(&m_notifyTimer, &QTimer::timeout, this, &X11Workspace::notify);
     m_activeTimer.setSingleShot(true);
     m_activeTimer.setInterval(kActiveDebounceMs);
     connect(&m_activeTimer, &QTimer::timeout, this, &X11Workspace::updateActiveWindow);
@@ -211,9 +214,10 @@ void X11Workspace::readWindows(const std::vector<xcb_window_t>& windows, bool tr
             }
         }
         // Panels and the desktop belong to the session itself, not to an application; a window
-        // whose process cannot be told is not something to quit either.
+        // whose process cannot be told is not something to quit either. Both are remembered as
+        // nobody's, so they are not read again on every change.
         if (desktopShell || info.pid <= 0) {
-            continue;
+            info.pid = 0;
         }
         m_windows.insert(p.window, info);
     }
@@ -288,7 +292,7 @@ void X11Workspace::rescan() {
     QHash<qint32, ActivationPolicy> policies;
     for (const xcb_window_t window : m_clientList) {
         const auto it = m_windows.constFind(window);
-        if (it != m_windows.constEnd() && !policies.contains(it->pid)) {
+        if (it != m_windows.constEnd() && it->pid > 0 && !policies.contains(it->pid)) {
             policies.insert(it->pid, ActivationPolicy::regular);
             windowOrder.append(it->pid);
         }
@@ -340,10 +344,22 @@ void X11Workspace::rescan() {
     m_rescanning = false;
 
     xcb_flush(c);
-    for (const auto& app : std::as_const(terminated)) {
+    // Told from the event loop, never from inside a query: a listener that reacts by asking
+    // for the list again must not re-enter a scan.
+    m_pendingTerminated.append(terminated);
+    m_pendingLaunched.append(launched);
+    if (!m_pendingTerminated.isEmpty() || !m_pendingLaunched.isEmpty()) {
+        m_notifyTimer.start();
+    }
+}
+
+void X11Workspace::notify() {
+    const QList<RunningApplicationRef> terminated = std::exchange(m_pendingTerminated, {});
+    const QList<RunningApplicationRef> launched = std::exchange(m_pendingLaunched, {});
+    for (const auto& app : terminated) {
         emit didTerminateApplication(app);
     }
-    for (const auto& app : std::as_const(launched)) {
+    for (const auto& app : launched) {
         emit didLaunchApplication(app);
     }
 }
@@ -398,7 +414,7 @@ void X11Workspace::updateActiveWindow() {
     }
     const auto it = m_windows.constFind(active);
     const std::optional<qint32> pid =
-        it == m_windows.constEnd() ? std::nullopt : std::optional(it->pid);
+        it == m_windows.constEnd() || it->pid <= 0 ? std::nullopt : std::optional(it->pid);
     if (pid == m_activePid) {
         return;
     }

@@ -56,6 +56,7 @@ private:
     void readWindows(const std::vector<xcb_window_t>& windows, bool tray);
     std::vector<xcb_window_t> trayIconWindows();
     void updateActiveWindow();
+    void notify();
     void resolveIdentity(X11RunningApplication& app);
     QList<xcb_window_t> windowsOf(qint32 pid, bool includeTray = false) const;
 
@@ -74,7 +75,10 @@ private:
     QSet<qint32> m_statusNotifierPids;
     std::optional<qint32> m_activePid;
 
+    QList<RunningApplicationRef> m_pendingLaunched;
+    QList<RunningApplicationRef> m_pendingTerminated;
     QTimer m_rescanTimer;
+    QTimer m_notifyTimer;
     QTimer m_activeTimer;
     bool m_dirty = true;
     bool m_rescanning = false;
