@@ -1,10 +1,14 @@
 #include "fakes/ManualClock.h"
 #include "monitor/AppMonitorService.h"
+#include "platform/linux/StatusNotifierTray.h"
 #include "platform/linux/X11Connection.h"
 #include "platform/linux/X11Workspace.h"
 #include "platform/linux/XScreenSaverIdleTime.h"
+#include "support/PrivateSessionBus.h"
 #include "support/VirtualDesktop.h"
 
+#include <QDBusAbstractAdaptor>
+#include <QDBusConnectionInterface>
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
@@ -16,6 +20,7 @@
 
 using namespace vantle;
 using std::chrono::seconds;
+using vantle::testing::PrivateSessionBus;
 using vantle::testing::VirtualDesktop;
 
 namespace {
@@ -28,6 +33,19 @@ const AppInfo* findByPid(const QList<AppInfo>& apps, qint64 pid) {
     }
     return nullptr;
 }
+
+// Stands in for the desktop's tray host: reports which items are registered.
+class FakeStatusNotifierWatcher final : public QDBusAbstractAdaptor {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
+    Q_PROPERTY(QStringList RegisteredStatusNotifierItems MEMBER items)
+public:
+    explicit FakeStatusNotifierWatcher(QObject* parent)
+        : QDBusAbstractAdaptor(parent) {}
+    QStringList items;
+signals:
+    void StatusNotifierItemRegistered(const QString& item);
+};
 
 } // namespace
 
@@ -239,6 +257,43 @@ private slots:
         QVERIFY(!isIconic(pidOf(refuser)));
         QVERIFY(m_workspace->application(pidOf(refuser))->hide());
         QTRY_VERIFY(isIconic(pidOf(refuser)));
+    }
+
+    // A process with a tray item and no window is a background app, not a missing one.
+    void trayOnlyProcessIsListedAsBackground() {
+        PrivateSessionBus bus;
+        if (!bus.isRunning()) {
+            QSKIP(qPrintable(bus.error()));
+        }
+        QProcess trayApp;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), bus.address());
+        trayApp.setProcessEnvironment(env);
+        trayApp.start(QStringLiteral("/usr/bin/python3"),
+                      {QStringLiteral("-c"),
+                       QStringLiteral("import dbus, time\n"
+                                      "dbus.SessionBus().request_name('org.example.TrayOnly')\n"
+                                      "print('ready', flush=True)\ntime.sleep(600)")});
+        QVERIFY(trayApp.waitForReadyRead(10'000));
+
+        QDBusConnection connection = bus.connection();
+        QObject host;
+        auto* watcher = new FakeStatusNotifierWatcher(&host);
+        watcher->items = {QStringLiteral("org.example.TrayOnly/StatusNotifierItem")};
+        QVERIFY(connection.registerObject(QStringLiteral("/StatusNotifierWatcher"), &host));
+        QVERIFY(connection.registerService(QStringLiteral("org.kde.StatusNotifierWatcher")));
+
+        StatusNotifierTray tray(connection);
+        QCOMPARE(tray.pids(), QSet<qint32>{pidOf(trayApp)});
+        m_workspace->setStatusNotifierPids(tray.pids());
+        QTRY_VERIFY(listed(pidOf(trayApp)));
+        const AppInfo* app = findByPid(m_monitor->runningApps(), pidOf(trayApp));
+        QVERIFY(app->isBackground);
+        // Nothing to close politely: the request is refused rather than turned into a signal.
+        QVERIFY(!m_workspace->application(pidOf(trayApp))->terminate());
+        QCOMPARE(trayApp.state(), QProcess::Running);
+        trayApp.kill();
+        trayApp.waitForFinished();
     }
 
     void inputResetsTheIdleTime() {
