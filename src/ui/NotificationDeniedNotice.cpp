@@ -1,0 +1,95 @@
+#include "ui/NotificationDeniedNotice.h"
+
+#include "system/NotificationAuthority.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QPushButton>
+#include <QStyle>
+#include <QVBoxLayout>
+
+namespace vantle {
+
+namespace {
+const QColor kOrange(255, 149, 0);
+
+// A symbolic theme icon has its mark cut out, so it can be tinted; a full-colour one would turn
+// into a plain blob, so the style's own warning icon (already a warning colour) is used as is.
+QPixmap warningSign(const QStyle* style, int side, qreal ratio) {
+    QPixmap pixmap = QIcon::fromTheme(QStringLiteral("dialog-warning-symbolic"))
+                         .pixmap(QSize(side, side), ratio);
+    if (pixmap.isNull()) {
+        return style->standardIcon(QStyle::SP_MessageBoxWarning).pixmap(QSize(side, side), ratio);
+    }
+    QPainter painter(&pixmap);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    painter.fillRect(pixmap.rect(), kOrange);
+    return pixmap;
+}
+} // namespace
+
+NotificationDeniedNotice::NotificationDeniedNotice(NotificationAuthority& authority,
+                                                   QWidget* parent)
+    : QWidget(parent)
+    , m_authority(authority) {
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Maximum);
+
+    QFont caption = font();
+    caption.setPointSizeF(caption.pointSizeF() * 0.85);
+    auto* icon = new QLabel(this);
+    icon->setPixmap(warningSign(style(), QFontMetrics(caption).height(), devicePixelRatioF()));
+
+    auto* message = new QLabel(
+        QStringLiteral(
+            "Notifications are turned off for Vantle, so the window is being used instead."),
+        this);
+    message->setWordWrap(true);
+
+    auto* open = new QPushButton(QStringLiteral("Open Notification Settings\u2026"), this);
+    open->setFlat(true);
+    open->setCursor(Qt::PointingHandCursor);
+    open->setStyleSheet(QStringLiteral(
+        "QPushButton { border: none; padding: 0; color: palette(link); text-align: left; }"));
+    connect(open, &QPushButton::clicked, &m_authority,
+            &NotificationAuthority::openNotificationSettings);
+
+    auto* column = new QVBoxLayout;
+    column->setSpacing(4);
+    column->addWidget(message);
+    column->addWidget(open, 0, Qt::AlignLeft);
+
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(8, 8, 8, 8);
+    row->setSpacing(6);
+    row->addWidget(icon, 0, Qt::AlignTop);
+    row->addLayout(column, 1);
+
+    connect(&m_authority, &NotificationAuthority::statusChanged, this,
+            &NotificationDeniedNotice::updateVisibility);
+    updateVisibility();
+}
+
+void NotificationDeniedNotice::setStyle(QuitWarningStyle style) {
+    m_style = style;
+    updateVisibility();
+}
+
+void NotificationDeniedNotice::updateVisibility() {
+    // Not determined is left alone: the status may still turn out fine.
+    setVisible(m_style == QuitWarningStyle::notification &&
+               m_authority.status() == AuthorizationStatus::denied);
+}
+
+void NotificationDeniedNotice::paintEvent(QPaintEvent* event) {
+    Q_UNUSED(event);
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    QColor fill = kOrange;
+    fill.setAlphaF(0.12f);
+    painter.setBrush(fill);
+    painter.drawRoundedRect(QRectF(rect()), 8, 8);
+}
+
+} // namespace vantle
