@@ -2,6 +2,7 @@
 
 #include <QStandardPaths>
 #include <QTest>
+#include <algorithm>
 #include <xcb/xcb.h>
 #include <xcb/xcb_ewmh.h>
 
@@ -33,6 +34,46 @@ bool windowManagerReady(const QString& display) {
     }
     xcb_disconnect(c);
     return ready;
+}
+
+// openbox announces itself before its event loop runs and can drop a window mapped in between:
+// wait until it has really taken on a window (mapping it again if dropped).
+bool windowManagerTakesWindows(const QString& display) {
+    xcb_connection_t* c = xcb_connect(display.toLocal8Bit().constData(), nullptr);
+    if (xcb_connection_has_error(c) != 0) {
+        xcb_disconnect(c);
+        return false;
+    }
+    xcb_ewmh_connection_t ewmh{};
+    if (!xcb_ewmh_init_atoms_replies(&ewmh, xcb_ewmh_init_atoms(c, &ewmh), nullptr)) {
+        xcb_disconnect(c);
+        return false;
+    }
+    const xcb_window_t root = ewmh.screens[0]->root;
+    const auto managed = [&](xcb_window_t window) {
+        xcb_ewmh_get_windows_reply_t list{};
+        if (!xcb_ewmh_get_client_list_reply(&ewmh, xcb_ewmh_get_client_list(&ewmh, 0), &list,
+                                            nullptr)) {
+            return false;
+        }
+        const bool found = std::find(list.windows, list.windows + list.windows_len, window) !=
+                           list.windows + list.windows_len;
+        xcb_ewmh_get_windows_reply_wipe(&list);
+        return found;
+    };
+    const xcb_window_t probe = xcb_generate_id(c);
+    xcb_create_window(c, XCB_COPY_FROM_PARENT, probe, root, 0, 0, 1, 1, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+    bool taken = false;
+    for (int attempt = 0; attempt < 40 && !taken; ++attempt) {
+        xcb_map_window(c, probe);
+        xcb_flush(c);
+        taken = QTest::qWaitFor([&] { return managed(probe); }, 500);
+    }
+    xcb_destroy_window(c, probe);
+    xcb_ewmh_connection_wipe(&ewmh);
+    xcb_disconnect(c);
+    return taken;
 }
 
 } // namespace
@@ -70,7 +111,8 @@ VirtualDesktop::VirtualDesktop() {
     m_windowManager.setProcessChannelMode(QProcess::MergedChannels);
     m_windowManager.start(QStringLiteral("openbox"), {QStringLiteral("--sm-disable")});
     if (!m_windowManager.waitForStarted(10'000) ||
-        !QTest::qWaitFor([&] { return windowManagerReady(display); }, 20'000)) {
+        !QTest::qWaitFor([&] { return windowManagerReady(display); }, 20'000) ||
+        !windowManagerTakesWindows(display)) {
         m_error = QStringLiteral("openbox did not start on %1 (exit code %2): %3")
                       .arg(display)
                       .arg(m_windowManager.exitCode())

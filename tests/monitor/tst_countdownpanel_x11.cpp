@@ -1,0 +1,147 @@
+#include "monitor/AutoQuitCountdownWindow.h"
+#include "monitor/QuitWarningState.h"
+#include "platform/linux/X11Connection.h"
+#include "platform/linux/X11PanelPlacement.h"
+#include "support/VirtualDesktop.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QScreen>
+#include <QStandardPaths>
+#include <QTest>
+#include <QWindow>
+#include <algorithm>
+
+using namespace vantle;
+using namespace Qt::StringLiterals;
+using vantle::testing::VirtualDesktop;
+
+// The panel on a real X server and window manager: out of the way of the app in front.
+class TestCountdownPanelX11 : public QObject {
+    Q_OBJECT
+
+public:
+    explicit TestCountdownPanelX11(VirtualDesktop& desktop)
+        : m_desktop(desktop) {}
+
+private:
+    VirtualDesktop& m_desktop;
+    std::unique_ptr<X11Connection> m_x;
+
+    xcb_window_t activeWindow() {
+        const auto active =
+            m_x->cardinalProperty(m_x->root(), m_x->ewmh()->_NET_ACTIVE_WINDOW, XCB_ATOM_WINDOW);
+        return active.empty() ? xcb_window_t(XCB_WINDOW_NONE) : active.front();
+    }
+
+    xcb_window_t managedWindowOf(qint64 pid) {
+        for (const uint32_t window :
+             m_x->cardinalProperty(m_x->root(), m_x->ewmh()->_NET_CLIENT_LIST, XCB_ATOM_WINDOW)) {
+            const auto pids =
+                m_x->cardinalProperty(window, m_x->ewmh()->_NET_WM_PID, XCB_ATOM_CARDINAL);
+            if (!pids.empty() && pids.front() == pid) {
+                return window;
+            }
+        }
+        return XCB_WINDOW_NONE;
+    }
+
+    bool isManaged(xcb_window_t window) {
+        const auto clients =
+            m_x->cardinalProperty(m_x->root(), m_x->ewmh()->_NET_CLIENT_LIST, XCB_ATOM_WINDOW);
+        return std::find(clients.begin(), clients.end(), window) != clients.end();
+    }
+
+private slots:
+    void initTestCase() {
+        for (const QString& tool : {u"Xvfb"_s, u"openbox"_s}) {
+            if (QStandardPaths::findExecutable(tool).isEmpty()) {
+                QSKIP(qPrintable(tool + u" is not installed"_s));
+            }
+        }
+        QVERIFY2(m_desktop.isRunning(), qPrintable(m_desktop.error()));
+        QCOMPARE(QGuiApplication::platformName(), u"xcb"_s);
+        m_x = X11Connection::open(m_desktop.display());
+        QVERIFY(m_x);
+    }
+
+    void panelLeavesTheFocusAndShowsOnEveryDesktop() {
+        const auto client = m_desktop.start(QStringLiteral(VANTLE_REFUSER));
+        QVERIFY(client->waitForReadyRead(10'000));
+        xcb_window_t clientWindow = XCB_WINDOW_NONE;
+        QTRY_VERIFY_WITH_TIMEOUT((clientWindow = managedWindowOf(client->processId())), 10'000);
+        xcb_ewmh_request_change_active_window(m_x->ewmh(), 0, clientWindow,
+                                              XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER, XCB_CURRENT_TIME,
+                                              XCB_WINDOW_NONE);
+        // Beside the centred panel rather than under it, so the screenshot shows both.
+        xcb_ewmh_request_moveresize_window(
+            m_x->ewmh(), 0, clientWindow, XCB_GRAVITY_NORTH_WEST, XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER,
+            static_cast<xcb_ewmh_moveresize_window_opt_flags_t>(
+                XCB_EWMH_MOVERESIZE_WINDOW_X | XCB_EWMH_MOVERESIZE_WINDOW_Y |
+                XCB_EWMH_MOVERESIZE_WINDOW_WIDTH | XCB_EWMH_MOVERESIZE_WINDOW_HEIGHT),
+            40, 60, 400, 240);
+        m_x->flush();
+        QTRY_COMPARE_WITH_TIMEOUT(activeWindow(), clientWindow, 10'000);
+
+        QuitWarningState state;
+        AppInfo editor;
+        editor.id = 41;
+        editor.name = u"Stubborn Editor"_s;
+        AppInfo terminal;
+        terminal.id = 42;
+        terminal.name = u"XTerm"_s;
+        state.setApps({editor, terminal});
+        state.setSecondsLeft(42);
+        X11PanelPlacement placement(*m_x);
+        AutoQuitCountdownWindow window(placement);
+        window.show(
+            state, [] {}, [] {});
+        QWidget* panel = window.panel();
+        const auto panelWindow = static_cast<xcb_window_t>(panel->winId());
+        QVERIFY(QTest::qWaitForWindowExposed(panel));
+        QTRY_VERIFY(isManaged(panelWindow));
+
+        // Focus moves, if at all, soon after the window manager takes the window on.
+        QVERIFY2(!QTest::qWaitFor([&] { return activeWindow() != clientWindow; }, 1'000),
+                 "the panel took the focus");
+        QVERIFY(!panel->isActiveWindow());
+
+        const auto desktop =
+            m_x->cardinalProperty(panelWindow, m_x->ewmh()->_NET_WM_DESKTOP, XCB_ATOM_CARDINAL);
+        const auto states =
+            m_x->cardinalProperty(panelWindow, m_x->ewmh()->_NET_WM_STATE, XCB_ATOM_ATOM);
+        const auto has = [&](xcb_atom_t atom) {
+            return std::find(states.begin(), states.end(), atom) != states.end();
+        };
+        QVERIFY((!desktop.empty() && desktop.front() == 0xFFFFFFFF) ||
+                has(m_x->ewmh()->_NET_WM_STATE_STICKY));
+        QVERIFY(has(m_x->ewmh()->_NET_WM_STATE_ABOVE));
+
+        panel->repaint();
+        const QString shot =
+            QDir(QCoreApplication::applicationDirPath()).filePath(u"countdown-panel.png"_s);
+        QVERIFY(QGuiApplication::primaryScreen()->grabWindow(0).save(shot));
+        qInfo("screenshot: %s", qPrintable(shot));
+
+        window.close();
+        client->kill();
+        client->waitForFinished(5'000);
+    }
+};
+
+int main(int argc, char* argv[]) {
+    // The display has to exist before the application connects to it.
+    VirtualDesktop desktop;
+    if (desktop.isRunning()) {
+        qputenv("QT_QPA_PLATFORM", "xcb");
+        qputenv("DISPLAY", desktop.display().toLocal8Bit());
+    } else {
+        // Still start, so that the test can say why it does not run.
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    QApplication app(argc, argv);
+    TestCountdownPanelX11 test(desktop);
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_countdownpanel_x11.moc"
