@@ -2,10 +2,13 @@
 
 #include "model/AppSettings.h"
 #include "monitor/AppMonitorService.h"
+#include "monitor/AutoQuitCountdownWindow.h"
 #include "monitor/AutoQuitManager.h"
 #include "monitor/IdleMonitorService.h"
+#include "monitor/QuitWarningService.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
+#include "system/NotificationAuthority.h"
 
 #include <QCoreApplication>
 #include <QPointer>
@@ -25,7 +28,12 @@ AppDelegate::AppDelegate(Platform& platform, QObject* parent)
     , m_idleMonitor(new IdleMonitorService(*platform.idleTime, *platform.clock, this))
     , m_settings(new AppSettings(*platform.defaults, *platform.bundle, *platform.clock,
                                  *platform.texts, this))
-    , m_autoQuit(new AutoQuitManager(*platform.workspace, *platform.clock, this)) {}
+    , m_autoQuit(new AutoQuitManager(*platform.workspace, *platform.clock, this))
+    , m_notificationAuthority(new NotificationAuthority(*platform.notifications,
+                                                        platform.openNotificationSettings, this))
+    , m_quitWarning(new QuitWarningService(
+          *platform.notifications, *m_notificationAuthority, *platform.clock,
+          std::make_unique<AutoQuitCountdownWindow>(*platform.panelPlacement), this)) {}
 
 AppDelegate::~AppDelegate() = default;
 
@@ -41,13 +49,30 @@ void AppDelegate::applicationDidFinishLaunching() {
     m_autoQuit->setAppMonitor(m_appMonitor);
     m_autoQuit->setIdleMonitor(m_idleMonitor);
     m_autoQuit->setSettings(m_settings);
+    // Every callback holds the delegate weakly and does nothing once it is gone.
     QPointer<AppDelegate> self(this);
-    // Until there is a warning to show first, a batch quits at once.
     m_autoQuit->onAppsReadyToQuit = [self](const QList<AppInfo>& apps) {
+        if (self) {
+            self->m_quitWarning->present(apps);
+        }
+    };
+
+    m_quitWarning->setSettings(m_settings);
+    m_quitWarning->onQuit = [self](const QList<AppInfo>& apps) {
         if (self) {
             self->quitApps(apps);
         }
     };
+    m_quitWarning->onCancel = [self](const QList<AppInfo>& apps) {
+        if (self) {
+            self->markJustActive(apps);
+        }
+    };
+
+    m_quitWarning->registerCategory();
+    // Schedule warning actions ("Vantle.schedule.now", "Vantle.schedule.cancel") are routed here
+    // once that warning exists; anything else a notification reports is not ours to act on.
+    m_quitWarning->forwardUnhandledAction = [](const QString&) {};
 
     m_autoQuit->start();
     m_idleMonitor->start(kIdleSampleSeconds);
@@ -60,13 +85,18 @@ void AppDelegate::quitApps(const QList<AppInfo>& apps) {
             return;
         }
         // Their idle time starts over, so they are not asked again a minute later.
-        self->m_appMonitor->markJustActive(stillRunning);
+        self->markJustActive(stillRunning);
+        self->m_quitWarning->reportRefused(stillRunning);
         QStringList names;
         for (const AppInfo& app : stillRunning) {
             names << app.name;
         }
         logLine(QStringLiteral("would not quit: %1").arg(names.join(QStringLiteral(", "))));
     });
+}
+
+void AppDelegate::markJustActive(const QList<AppInfo>& apps) {
+    m_appMonitor->markJustActive(apps);
 }
 
 } // namespace vantle

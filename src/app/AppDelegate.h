@@ -8,6 +8,8 @@ class AppMonitorService;
 class AppSettings;
 class AutoQuitManager;
 class IdleMonitorService;
+class NotificationAuthority;
+class QuitWarningService;
 struct AppInfo;
 struct Platform;
 
@@ -26,15 +28,20 @@ public:
     IdleMonitorService& idleMonitor() const { return *m_idleMonitor; }
     AppSettings& settings() const { return *m_settings; }
     AutoQuitManager& autoQuit() const { return *m_autoQuit; }
+    QuitWarningService& quitWarning() const { return *m_quitWarning; }
+    NotificationAuthority& notificationAuthority() const { return *m_notificationAuthority; }
 
 private:
     void quitApps(const QList<AppInfo>& apps);
+    void markJustActive(const QList<AppInfo>& apps);
 
     Platform& m_platform;
     AppMonitorService* m_appMonitor;
     IdleMonitorService* m_idleMonitor;
     AppSettings* m_settings;
     AutoQuitManager* m_autoQuit;
+    NotificationAuthority* m_notificationAuthority;
+    QuitWarningService* m_quitWarning;
 };
 
 } // namespace vantle

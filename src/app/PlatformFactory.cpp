@@ -4,16 +4,20 @@
 #include "platform/SystemClock.h"
 #include "platform/ThreadPoolExecutor.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 
 #ifdef Q_OS_LINUX
+#include "platform/NullPanelPlacement.h"
 #include "platform/linux/DBusIdleTime.h"
 #include "platform/linux/DBusInstanceGuard.h"
+#include "platform/linux/DesktopNotificationSettings.h"
 #include "platform/linux/FileDefaultsStore.h"
+#include "platform/linux/FreedesktopNotificationCenter.h"
 #include "platform/linux/LinuxBundleInfo.h"
 #include "platform/linux/StatusNotifierTray.h"
 #include "platform/linux/UnsupportedWorkspace.h"
 #include "platform/linux/X11Connection.h"
+#include "platform/linux/X11PanelPlacement.h"
 #include "platform/linux/X11Workspace.h"
 #include "platform/linux/XScreenSaverIdleTime.h"
 #include "platform/linux/XdgAutostartLoginItem.h"
@@ -31,6 +35,7 @@ struct LinuxPlatform final : Platform {
         // The facilities hold on to the X connection; let them go first.
         workspace.reset();
         idleTime.reset();
+        panelPlacement.reset();
     }
     std::unique_ptr<X11Connection> x11;
     std::unique_ptr<StatusNotifierTray> tray;
@@ -63,6 +68,10 @@ void attachDesktop(LinuxPlatform& platform) {
                      &X11Workspace::setStatusNotifierPids);
     platform.workspace = std::move(workspace);
     platform.idleTime = std::make_unique<XScreenSaverIdleTime>(*platform.x11);
+    // Window hints only mean something when Qt's own windows live on that X server.
+    if (QGuiApplication::platformName() == QLatin1String("xcb")) {
+        platform.panelPlacement = std::make_unique<X11PanelPlacement>(*platform.x11);
+    }
 }
 
 } // namespace
@@ -81,8 +90,14 @@ std::unique_ptr<Platform> makePlatform(PlatformUse use) {
         std::make_unique<XdgAutostartLoginItem>(XdgAutostartLoginItem::defaultDirectory(), bundleId,
                                                 QCoreApplication::applicationFilePath());
     platform->texts = &ProductTexts::linuxDesktop();
+    platform->notifications =
+        std::make_unique<FreedesktopNotificationCenter>(QDBusConnection::sessionBus());
+    platform->openNotificationSettings = openDesktopNotificationSettings;
     if (use != PlatformUse::Inspection) {
         attachDesktop(*platform);
+    }
+    if (!platform->panelPlacement) {
+        platform->panelPlacement = std::make_unique<NullPanelPlacement>();
     }
     return platform;
 }

@@ -8,9 +8,12 @@
 #include "monitor/AppMonitorService.h"
 #include "platform/InstanceGuard.h"
 #include "platform/Log.h"
+#include "system/NotificationAuthority.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QEventLoop>
+#include <QTimer>
 #include <cstdio>
 
 namespace vantle {
@@ -19,8 +22,23 @@ namespace {
 
 const QString kDiagnosticsOption = QStringLiteral("diagnostics");
 const QString kListAppsOption = QStringLiteral("list-apps");
-// Until the notification authority exists the app has never asked, so the status is unknown.
-const QString kNotificationStatus = QStringLiteral("not determined");
+// How long --diagnostics waits for the notification service to say whether it may post.
+constexpr int kStatusWaitMs = 3'000;
+
+// The notification status as the running app would report it.
+QString notificationStatus(NotificationCenter& center) {
+    std::optional<AuthorizationStatus> status;
+    QEventLoop loop;
+    center.readAuthorizationStatus([&](AuthorizationStatus answer) {
+        status = answer;
+        loop.quit();
+    });
+    if (!status) {
+        QTimer::singleShot(kStatusWaitMs, &loop, &QEventLoop::quit);
+        loop.exec();
+    }
+    return NotificationAuthority::statusText(status.value_or(AuthorizationStatus::notDetermined));
+}
 
 void describeApplication() {
     QCoreApplication::setApplicationName(QStringLiteral("Vantle"));
@@ -104,7 +122,7 @@ int VantleApp::runCommandLine() {
         const std::unique_ptr<Platform> platform = makePlatform(PlatformUse::Inspection);
         const AppSettings settings(*platform->defaults, *platform->bundle, *platform->clock,
                                    *platform->texts);
-        printLine(settings.diagnosticsReport(kNotificationStatus));
+        printLine(settings.diagnosticsReport(notificationStatus(*platform->notifications)));
     }
     if (parser.isSet(kListAppsOption)) {
         const std::unique_ptr<Platform> platform = makePlatform(PlatformUse::AppListing);

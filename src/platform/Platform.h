@@ -6,8 +6,11 @@
 #include "platform/Executor.h"
 #include "platform/IdleTime.h"
 #include "platform/LoginItem.h"
+#include "platform/NotificationCenter.h"
+#include "platform/PanelPlacement.h"
 #include "platform/Workspace.h"
 
+#include <functional>
 #include <memory>
 
 namespace vantle {
@@ -27,6 +30,11 @@ struct Platform {
     // Only for uses that look at the desktop (the app itself, the app listing).
     std::unique_ptr<Workspace> workspace;
     std::unique_ptr<IdleTime> idleTime;
+    std::unique_ptr<PanelPlacement> panelPlacement;
+    // The app and the diagnostics (which report the notification status).
+    std::unique_ptr<NotificationCenter> notifications;
+    // Opens the desktop's notification settings; false when it could not.
+    std::function<bool()> openNotificationSettings;
     const ProductTexts* texts = nullptr;
 };
 

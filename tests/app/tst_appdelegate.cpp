@@ -2,6 +2,7 @@
 #include "fakes/FakeBundleInfo.h"
 #include "fakes/FakeIdleTime.h"
 #include "fakes/FakeLoginItem.h"
+#include "fakes/FakeNotificationCenter.h"
 #include "fakes/FakeWorkspace.h"
 #include "fakes/InlineExecutor.h"
 #include "fakes/LogCapture.h"
@@ -9,6 +10,8 @@
 #include "fakes/MemoryDefaultsStore.h"
 #include "model/AppSettings.h"
 #include "model/ProductTexts.h"
+#include "monitor/AppMonitorService.h"
+#include "platform/NullPanelPlacement.h"
 #include "platform/Platform.h"
 
 #include <QTest>
@@ -39,10 +42,15 @@ struct FakePlatform {
         auto fakeIdle = std::make_unique<FakeIdleTime>();
         idle = fakeIdle.get();
         platform.idleTime = std::move(fakeIdle);
+        auto fakeNotifications = std::make_unique<FakeNotificationCenter>();
+        notifications = fakeNotifications.get();
+        platform.notifications = std::move(fakeNotifications);
+        platform.panelPlacement = std::make_unique<NullPanelPlacement>();
     }
     ManualClock& clock() { return static_cast<ManualClock&>(*platform.clock); }
     FakeWorkspace* workspace;
     FakeIdleTime* idle;
+    FakeNotificationCenter* notifications;
 };
 
 } // namespace
@@ -94,33 +102,47 @@ private slots:
         QVERIFY(delegate.settings().launchAtLogin());
     }
 
-    // Until warnings exist, a due batch quits at once; a refuser gets a fresh idle period
-    // instead of being asked again every minute.
-    void dueAppsQuitAndRefusersStartOver() {
+    // The whole road of an automatic quit: rule due, warning, countdown, quit, refusal noticed
+    // and reported, and the refuser given a fresh idle period instead of a warning every minute.
+    void dueAppsAreWarnedQuitAndRefusersStartOver() {
         FakePlatform fake;
         auto mail = fake.workspace->add(100, QStringLiteral("Mail"), QStringLiteral("com.mail"));
         mail->refusesToQuit = true;
         auto notes = fake.workspace->add(101, QStringLiteral("Notes"), QStringLiteral("com.notes"));
-        const QByteArray rules = *encodeAppRules(
+        fake.defaults->values[QStringLiteral("appRules")] = *encodeAppRules(
             {AppRule{QStringLiteral("com.mail"), QStringLiteral("Mail"), AppRule::Action::quit, 1},
              AppRule{QStringLiteral("com.notes"), QStringLiteral("Notes"), AppRule::Action::quit,
                      1}});
-        fake.defaults->values[QStringLiteral("appRules")] = rules;
-        LogCapture log;
         AppDelegate delegate(fake.platform);
         delegate.applicationDidFinishLaunching();
         QCOMPARE(fake.idle->samples, 1);
+        QCOMPARE(fake.notifications->categoryList.size(), 1);
 
         fake.clock().advance(std::chrono::seconds(60));
+        QCOMPARE(fake.notifications->posted.size(), 1);
+        QCOMPARE(fake.notifications->posted.last().title, QStringLiteral("Quitting Idle Apps"));
+        QCOMPARE(mail->terminateRequests, 0);
+
+        fake.clock().advance(std::chrono::seconds(60)); // the countdown runs out
         QCOMPARE(mail->terminateRequests, 1);
         QVERIFY(notes->terminated);
-        fake.clock().advance(std::chrono::seconds(10));
-        QCOMPARE(log.count(QStringLiteral("would not quit: Mail")), 1);
+        fake.clock().advance(std::chrono::seconds(10)); // the refusal check
+        QCOMPARE(fake.notifications->posted.last().title, QStringLiteral("An App Wouldn't Quit"));
 
         fake.clock().advance(std::chrono::seconds(50));
-        QCOMPARE(mail->terminateRequests, 1);
+        QCOMPARE(fake.notifications->posted.size(), 2);
         fake.clock().advance(std::chrono::seconds(60));
-        QCOMPARE(mail->terminateRequests, 2);
+        QCOMPARE(fake.notifications->posted.size(), 3);
+        QCOMPARE(fake.notifications->posted.last().body,
+                 QStringLiteral("Mail — in 60s. Cancel to keep it open."));
+
+        // Cancelling from the notification keeps it and restarts its idle time.
+        fake.notifications->respond(QStringLiteral("Vantle.autoQuit.warning"),
+                                    QStringLiteral("Vantle.autoQuit.cancel"));
+        QCOMPARE(delegate.appMonitor().lastActiveDate(100), fake.clock().now());
+        fake.clock().advance(std::chrono::seconds(59));
+        QCOMPARE(fake.notifications->posted.size(), 3);
+        QCOMPARE(mail->terminateRequests, 1);
     }
 };
 

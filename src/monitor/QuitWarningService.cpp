@@ -1,0 +1,217 @@
+#include "monitor/QuitWarningService.h"
+
+#include "model/AppSettings.h"
+#include "model/QuitWarningStyle.h"
+#include "monitor/CountdownPresenter.h"
+#include "platform/NotificationCenter.h"
+#include "system/NotificationAuthority.h"
+
+#include <QSet>
+#include <cmath>
+
+namespace vantle {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr int kDefaultSeconds = 60;
+
+QString names(const QList<AppInfo>& apps) {
+    QStringList list;
+    for (const AppInfo& app : apps) {
+        list << app.name;
+    }
+    return list.join(QStringLiteral(", "));
+}
+
+// Whole seconds, truncated toward zero; a hand-edited absurd value cannot overflow.
+int wholeSeconds(double seconds) {
+    if (!std::isfinite(seconds)) {
+        return kDefaultSeconds;
+    }
+    return static_cast<int>(std::trunc(std::clamp(seconds, -1.0e9, 1.0e9)));
+}
+
+} // namespace
+
+QuitWarningService::QuitWarningService(NotificationCenter& notifications,
+                                       NotificationAuthority& authority, Clock& clock,
+                                       std::unique_ptr<CountdownPresenter> presenter,
+                                       QObject* parent)
+    : QObject(parent)
+    , m_notifications(notifications)
+    , m_authority(authority)
+    , m_clock(clock)
+    , m_windowPresenter(std::move(presenter)) {}
+
+QuitWarningService::~QuitWarningService() = default;
+
+void QuitWarningService::registerCategory() {
+    connect(&m_notifications, &NotificationCenter::didReceiveResponse, this,
+            &QuitWarningService::handleResponse, Qt::UniqueConnection);
+    m_notifications.setCategories(
+        {NotificationCategory{kCategory,
+                              {NotificationAction{kQuitNowAction, QStringLiteral("Quit Now")},
+                               NotificationAction{kCancelAction, QStringLiteral("Cancel")}}}});
+    m_authorizationTask = m_clock.singleShot(0ms, [this] { requestAuthorizationIfNeeded(); });
+}
+
+void QuitWarningService::requestAuthorizationIfNeeded() {
+    QPointer<QuitWarningService> self(this);
+    m_notifications.readAuthorizationStatus([self](AuthorizationStatus status) {
+        if (!self) {
+            return;
+        }
+        if (status != AuthorizationStatus::notDetermined) {
+            self->m_authority.refresh();
+            return;
+        }
+        self->m_notifications.requestAuthorization([self](bool) {
+            if (self) {
+                self->m_authority.refresh();
+            }
+        });
+    });
+}
+
+QuitWarningService::Style QuitWarningService::style() const {
+    // An unknown stored style warns by notification, the safe choice.
+    const auto stored =
+        m_settings ? fromRawValue<QuitWarningStyle>(m_settings->quitWarningStyle()) : std::nullopt;
+    switch (stored.value_or(QuitWarningStyle::notification)) {
+    case QuitWarningStyle::window:
+        return Style::window;
+    case QuitWarningStyle::never:
+        return Style::never;
+    case QuitWarningStyle::notification:
+        break;
+    }
+    return Style::notification;
+}
+
+void QuitWarningService::present(const QList<AppInfo>& apps) {
+    if (style() == Style::never) {
+        if (onQuit) {
+            onQuit(apps);
+        }
+        return;
+    }
+    QSet<qint32> pending;
+    for (const AppInfo& app : m_state.apps()) {
+        pending.insert(app.id);
+    }
+    QList<AppInfo> merged = m_state.apps();
+    for (const AppInfo& app : apps) {
+        if (!pending.contains(app.id)) {
+            pending.insert(app.id);
+            merged.append(app);
+        }
+    }
+    // A batch already being warned about is not warned about twice, nor its countdown reset.
+    if (merged.size() == m_state.apps().size()) {
+        return;
+    }
+    m_state.setApps(std::move(merged));
+    m_state.setSecondsLeft(m_settings ? wholeSeconds(m_settings->quitWarningSeconds())
+                                      : kDefaultSeconds);
+    showWarning();
+    if (!m_timer) {
+        m_timer = m_clock.repeating(1s, [this] { tick(); });
+    }
+}
+
+void QuitWarningService::showWarning() {
+    if (style() == Style::notification && m_authority.canPostNotifications()) {
+        postWarning();
+        m_presenting = Presenting::notification;
+        return;
+    }
+    // The window style, or notifications are not allowed: the panel follows the state itself.
+    if (m_presenting == Presenting::window) {
+        return;
+    }
+    QPointer<QuitWarningService> self(this);
+    m_windowPresenter->show(
+        m_state,
+        [self] {
+            if (self) {
+                self->finish(true);
+            }
+        },
+        [self] {
+            if (self) {
+                self->finish(false);
+            }
+        });
+    m_presenting = Presenting::window;
+}
+
+void QuitWarningService::postWarning() {
+    const QList<AppInfo>& apps = m_state.apps();
+    const bool one = apps.size() == 1;
+    NotificationRequest request;
+    request.identifier = kWarningRequest;
+    request.title =
+        one ? QStringLiteral("Quitting an Idle App") : QStringLiteral("Quitting Idle Apps");
+    request.body = QStringLiteral("%1 — in %2s. Cancel to keep %3 open.")
+                       .arg(names(apps), QString::number(m_state.secondsLeft()),
+                            one ? QStringLiteral("it") : QStringLiteral("them"));
+    request.categoryIdentifier = kCategory;
+    request.interruptionLevel = InterruptionLevel::timeSensitive;
+    m_notifications.add(request);
+}
+
+void QuitWarningService::tick() {
+    m_state.setSecondsLeft(m_state.secondsLeft() - 1);
+    if (m_state.secondsLeft() <= 0) {
+        finish(true);
+    }
+}
+
+void QuitWarningService::finish(bool quit) {
+    m_timer.reset();
+    m_windowPresenter->close();
+    m_notifications.removeDelivered({kWarningRequest});
+    m_presenting = Presenting::none;
+    const QList<AppInfo> apps = m_state.apps();
+    m_state.setApps({});
+    if (apps.isEmpty()) {
+        return;
+    }
+    if (quit && onQuit) {
+        onQuit(apps);
+    } else if (!quit && onCancel) {
+        onCancel(apps);
+    }
+}
+
+void QuitWarningService::handleResponse(const QString& requestIdentifier,
+                                        const QString& actionIdentifier) {
+    Q_UNUSED(requestIdentifier);
+    if (actionIdentifier == kQuitNowAction) {
+        finish(true);
+    } else if (actionIdentifier == kCancelAction) {
+        finish(false);
+    } else if (forwardUnhandledAction) {
+        forwardUnhandledAction(actionIdentifier);
+    }
+}
+
+void QuitWarningService::reportRefused(const QList<AppInfo>& apps) {
+    if (apps.isEmpty() || !m_authority.canPostNotifications() ||
+        (m_settings && style() != Style::notification)) {
+        return;
+    }
+    const bool one = apps.size() == 1;
+    NotificationRequest request;
+    request.identifier = kRefusedRequest;
+    request.title =
+        one ? QStringLiteral("An App Wouldn't Quit") : QStringLiteral("Some Apps Wouldn't Quit");
+    request.body =
+        names(apps) + QStringLiteral(" — still running, probably waiting on unsaved changes.");
+    request.interruptionLevel = InterruptionLevel::active;
+    m_notifications.add(request);
+}
+
+} // namespace vantle

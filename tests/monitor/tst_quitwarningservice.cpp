@@ -1,0 +1,270 @@
+#include "fakes/FakeBundleInfo.h"
+#include "fakes/FakeNotificationCenter.h"
+#include "fakes/ManualClock.h"
+#include "fakes/MemoryDefaultsStore.h"
+#include "model/AppSettings.h"
+#include "model/ProductTexts.h"
+#include "monitor/CountdownPresenter.h"
+#include "monitor/QuitWarningService.h"
+#include "system/NotificationAuthority.h"
+
+#include <QTest>
+
+using namespace vantle;
+using std::chrono::seconds;
+
+namespace {
+
+struct FakePresenter final : CountdownPresenter {
+    void show(QuitWarningState&, std::function<void()> quitNow,
+              std::function<void()> cancel) override {
+        ++shows;
+        if (!open) {
+            open = true;
+            onQuitNow = std::move(quitNow);
+            onCancel = std::move(cancel);
+        }
+    }
+    void close() override { open = false; }
+    bool isOpen() const override { return open; }
+
+    bool open = false;
+    int shows = 0;
+    std::function<void()> onQuitNow;
+    std::function<void()> onCancel;
+};
+
+AppInfo app(qint32 pid, const QString& name) {
+    AppInfo info;
+    info.id = pid;
+    info.name = name;
+    return info;
+}
+
+QList<qint32> pids(const QList<AppInfo>& apps) {
+    QList<qint32> result;
+    for (const AppInfo& a : apps) {
+        result << a.id;
+    }
+    return result;
+}
+
+} // namespace
+
+class TestQuitWarningService : public QObject {
+    Q_OBJECT
+
+    struct Rig {
+        FakeNotificationCenter center;
+        NotificationAuthority authority{center, [] { return true; }};
+        ManualClock clock;
+        MemoryDefaultsStore defaults;
+        FakeBundleInfo bundle;
+        AppSettings settings{defaults, bundle, clock, ProductTexts::macOS()};
+        FakePresenter* presenter = new FakePresenter;
+        QuitWarningService service{center, authority, clock,
+                                   std::unique_ptr<CountdownPresenter>(presenter)};
+        QList<QList<qint32>> quits;
+        QList<QList<qint32>> cancels;
+        QStringList forwarded;
+
+        explicit Rig(const QString& style = QStringLiteral("notification")) {
+            settings.setQuitWarningStyle(style);
+            service.setSettings(&settings);
+            service.onQuit = [this](const QList<AppInfo>& apps) { quits << pids(apps); };
+            service.onCancel = [this](const QList<AppInfo>& apps) { cancels << pids(apps); };
+            service.forwardUnhandledAction = [this](const QString& id) { forwarded << id; };
+            service.registerCategory();
+            clock.advance(seconds(0));
+        }
+    };
+
+private slots:
+    void registersItsCategoryAndAsksOnceForPermission() {
+        Rig rig;
+        QCOMPARE(rig.center.categoryList.size(), 1);
+        const NotificationCategory& category = rig.center.categoryList.first();
+        QCOMPARE(category.identifier, QStringLiteral("Vantle.autoQuit"));
+        QCOMPARE(category.actions,
+                 (QList<NotificationAction>{
+                     {QStringLiteral("Vantle.autoQuit.quitNow"), QStringLiteral("Quit Now")},
+                     {QStringLiteral("Vantle.autoQuit.cancel"), QStringLiteral("Cancel")}}));
+        // Already authorized: no prompt.
+        QCOMPARE(rig.center.authorizationRequests, 0);
+
+        FakeNotificationCenter fresh;
+        fresh.status = AuthorizationStatus::notDetermined;
+        fresh.grantOnRequest = false;
+        NotificationAuthority authority(fresh, [] { return true; });
+        ManualClock clock;
+        QuitWarningService service(fresh, authority, clock, std::make_unique<FakePresenter>());
+        service.registerCategory();
+        QCOMPARE(fresh.authorizationRequests, 0); // not before the event loop turns
+        clock.advance(seconds(0));
+        QCOMPARE(fresh.authorizationRequests, 1);
+        QCOMPARE(authority.status(), AuthorizationStatus::denied);
+    }
+
+    void notificationWordsTheBatch_data() {
+        QTest::addColumn<QList<AppInfo>>("apps");
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("body");
+        QTest::newRow("one") << QList<AppInfo>{app(1, QStringLiteral("Safari"))}
+                             << QStringLiteral("Quitting an Idle App")
+                             << QStringLiteral("Safari — in 60s. Cancel to keep it open.");
+        QTest::newRow("two") << QList<AppInfo>{app(1, QStringLiteral("Safari")),
+                                               app(2, QStringLiteral("Notes %2"))}
+                             << QStringLiteral("Quitting Idle Apps")
+                             << QStringLiteral(
+                                    "Safari, Notes %2 — in 60s. Cancel to keep them open.");
+    }
+    void notificationWordsTheBatch() {
+        QFETCH(QList<AppInfo>, apps);
+        QFETCH(QString, title);
+        QFETCH(QString, body);
+        Rig rig;
+        rig.service.present(apps);
+        QCOMPARE(rig.center.posted.size(), 1);
+        const NotificationRequest& posted = rig.center.posted.first();
+        QCOMPARE(posted.identifier, QStringLiteral("Vantle.autoQuit.warning"));
+        QCOMPARE(posted.title, title);
+        QCOMPARE(posted.body, body);
+        QCOMPARE(posted.categoryIdentifier, QStringLiteral("Vantle.autoQuit"));
+        QCOMPARE(posted.interruptionLevel, InterruptionLevel::timeSensitive);
+        QCOMPARE(rig.service.presenting(), QuitWarningService::Presenting::notification);
+        QVERIFY(!rig.presenter->open);
+    }
+
+    void countdownQuitsTheBatchInArrivalOrder() {
+        Rig rig;
+        rig.settings.setQuitWarningSeconds(3.9); // truncated to 3
+        rig.service.present({app(5, QStringLiteral("B")), app(4, QStringLiteral("A"))});
+        rig.clock.advance(seconds(2));
+        QCOMPARE(rig.service.state().secondsLeft(), 1);
+        QVERIFY(rig.quits.isEmpty());
+        rig.clock.advance(seconds(1));
+        QCOMPARE(rig.quits, (QList<QList<qint32>>{{5, 4}}));
+        QVERIFY(rig.center.removed.contains(QStringLiteral("Vantle.autoQuit.warning")));
+        QVERIFY(rig.service.state().apps().isEmpty());
+        QCOMPARE(rig.service.presenting(), QuitWarningService::Presenting::none);
+        rig.clock.advance(seconds(10)); // the timer is gone
+        QCOMPARE(rig.quits.size(), 1);
+    }
+
+    // The engine hands the same idle app over every minute; only new apps restart the count.
+    void repeatsAreIgnoredAndNewcomersRestartTheCount() {
+        Rig rig;
+        rig.service.present({app(1, QStringLiteral("A"))});
+        rig.clock.advance(seconds(48));
+        rig.service.present({app(1, QStringLiteral("A"))});
+        QCOMPARE(rig.service.state().secondsLeft(), 12);
+        QCOMPARE(rig.center.posted.size(), 1);
+
+        rig.service.present({app(1, QStringLiteral("A")), app(2, QStringLiteral("B"))});
+        QCOMPARE(rig.service.state().secondsLeft(), 60);
+        QCOMPARE(pids(rig.service.state().apps()), (QList<qint32>{1, 2}));
+        QCOMPARE(rig.center.posted.size(), 2);
+        QCOMPARE(rig.center.posted.last().title, QStringLiteral("Quitting Idle Apps"));
+        rig.clock.advance(seconds(60));
+        QCOMPARE(rig.quits, (QList<QList<qint32>>{{1, 2}}));
+    }
+
+    void neverQuitsAtOnceWithoutDeduplicating() {
+        Rig rig(QStringLiteral("never"));
+        rig.service.present({app(1, QStringLiteral("A")), app(1, QStringLiteral("A"))});
+        QCOMPARE(rig.quits, (QList<QList<qint32>>{{1, 1}}));
+        QVERIFY(rig.center.posted.isEmpty());
+        QCOMPARE(rig.presenter->shows, 0);
+    }
+
+    void responsesEndOrForward() {
+        Rig rig;
+        rig.service.present({app(1, QStringLiteral("A"))});
+        rig.center.respond(QStringLiteral("Vantle.schedule.warning"),
+                           QStringLiteral("Vantle.schedule.now"));
+        rig.center.respond(QStringLiteral("Vantle.autoQuit.warning"),
+                           NotificationCenter::kDefaultActionIdentifier);
+        QCOMPARE(rig.forwarded, (QStringList{QStringLiteral("Vantle.schedule.now"),
+                                             NotificationCenter::kDefaultActionIdentifier}));
+        QCOMPARE(rig.service.state().apps().size(), 1); // foreign actions leave it running
+
+        rig.center.respond(QStringLiteral("Vantle.autoQuit.warning"),
+                           QStringLiteral("Vantle.autoQuit.cancel"));
+        QCOMPARE(rig.cancels, (QList<QList<qint32>>{{1}}));
+        QVERIFY(rig.quits.isEmpty());
+
+        rig.service.present({app(2, QStringLiteral("B"))});
+        rig.center.respond(QStringLiteral("Vantle.autoQuit.warning"),
+                           QStringLiteral("Vantle.autoQuit.quitNow"));
+        QCOMPARE(rig.quits, (QList<QList<qint32>>{{2}}));
+    }
+
+    // Without permission to notify, the panel carries the warning.
+    void panelForWindowStyleAndWhenNotificationsAreDenied_data() {
+        QTest::addColumn<QString>("style");
+        QTest::addColumn<AuthorizationStatus>("status");
+        QTest::newRow("window") << QStringLiteral("window") << AuthorizationStatus::authorized;
+        QTest::newRow("denied") << QStringLiteral("notification") << AuthorizationStatus::denied;
+        QTest::newRow("unknown style, not determined")
+            << QStringLiteral("banner") << AuthorizationStatus::notDetermined;
+    }
+    void panelForWindowStyleAndWhenNotificationsAreDenied() {
+        QFETCH(QString, style);
+        QFETCH(AuthorizationStatus, status);
+        Rig rig(style);
+        rig.center.status = status;
+        rig.authority.refresh();
+        rig.service.present({app(1, QStringLiteral("A"))});
+        rig.service.present({app(2, QStringLiteral("B"))});
+        QVERIFY(rig.center.posted.isEmpty());
+        QVERIFY(rig.presenter->open);
+        QCOMPARE(rig.service.presenting(), QuitWarningService::Presenting::window);
+        QCOMPARE(pids(rig.service.state().apps()), (QList<qint32>{1, 2}));
+
+        rig.presenter->onCancel();
+        QCOMPARE(rig.cancels, (QList<QList<qint32>>{{1, 2}}));
+        QVERIFY(!rig.presenter->open);
+        rig.service.present({app(3, QStringLiteral("C"))});
+        rig.presenter->onQuitNow();
+        QCOMPARE(rig.quits, (QList<QList<qint32>>{{3}}));
+    }
+
+    void refusalsAreReportedOnlyByNotification_data() {
+        QTest::addColumn<QString>("style");
+        QTest::addColumn<AuthorizationStatus>("status");
+        QTest::addColumn<bool>("reported");
+        QTest::newRow("notification")
+            << QStringLiteral("notification") << AuthorizationStatus::provisional << true;
+        QTest::newRow("window") << QStringLiteral("window") << AuthorizationStatus::authorized
+                                << false;
+        QTest::newRow("never") << QStringLiteral("never") << AuthorizationStatus::authorized
+                               << false;
+        QTest::newRow("denied") << QStringLiteral("notification") << AuthorizationStatus::denied
+                                << false;
+    }
+    void refusalsAreReportedOnlyByNotification() {
+        QFETCH(QString, style);
+        QFETCH(AuthorizationStatus, status);
+        QFETCH(bool, reported);
+        Rig rig(style);
+        rig.center.status = status;
+        rig.authority.refresh();
+        rig.service.reportRefused({});
+        rig.service.reportRefused(
+            {app(1, QStringLiteral("Pages")), app(2, QStringLiteral("Mail"))});
+        QCOMPARE(rig.center.posted.size(), reported ? 1 : 0);
+        if (reported) {
+            const NotificationRequest& posted = rig.center.posted.first();
+            QCOMPARE(posted.identifier, QStringLiteral("Vantle.autoQuit.refused"));
+            QCOMPARE(posted.title, QStringLiteral("Some Apps Wouldn't Quit"));
+            QCOMPARE(posted.body,
+                     QStringLiteral(
+                         "Pages, Mail — still running, probably waiting on unsaved changes."));
+            QVERIFY(posted.categoryIdentifier.isEmpty());
+            QCOMPARE(posted.interruptionLevel, InterruptionLevel::active);
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(TestQuitWarningService)
+#include "tst_quitwarningservice.moc"
