@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/AppInfo.h"
+#include "model/AppSettings.h"
 #include "monitor/QuitWarningState.h"
 #include "platform/Clock.h"
 
@@ -11,7 +12,6 @@
 
 namespace vantle {
 
-class AppSettings;
 class CountdownPresenter;
 class NotificationAuthority;
 class NotificationCenter;

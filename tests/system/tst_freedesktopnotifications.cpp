@@ -1,6 +1,10 @@
 #include "fakes/LogCapture.h"
+#include "fakes/ManualClock.h"
+#include "monitor/CountdownPresenter.h"
+#include "monitor/QuitWarningService.h"
 #include "platform/linux/FreedesktopNotificationCenter.h"
 #include "support/PrivateSessionBus.h"
+#include "system/NotificationAuthority.h"
 
 #include <QDBusArgument>
 #include <QDBusConnectionInterface>
@@ -18,6 +22,21 @@ namespace {
 const QString kService = QStringLiteral("org.freedesktop.Notifications");
 const QString kPython = QStringLiteral("/usr/bin/python3");
 const QString kQuitNow = QStringLiteral("Vantle.autoQuit.quitNow");
+struct CountingPresenter final : CountdownPresenter {
+    void show(QuitWarningState&, std::function<void()>, std::function<void()>) override {
+        open = true;
+    }
+    void close() override { open = false; }
+    bool isOpen() const override { return open; }
+    bool open = false;
+};
+
+AppInfo app(qint32 pid, const QString& name) {
+    AppInfo info;
+    info.id = pid;
+    info.name = name;
+    return info;
+}
 } // namespace
 
 // Talks to a real notification server (python-dbusmock) on a private session bus.
@@ -197,6 +216,59 @@ private slots:
         center.add(note);
         QTRY_COMPARE_WITH_TIMEOUT(calls(QStringLiteral("Notify")).size(), 1, 10'000);
         QCOMPARE(calls(QStringLiteral("Notify")).at(0).at(1), QVariant(0u));
+    }
+
+    // The auto-quit warning as a user with a notification server sees and answers it.
+    void quitWarningThroughARealServer() {
+        startServer(QStringLiteral("actions body"));
+        QTRY_VERIFY_WITH_TIMEOUT(m_bus->connection().interface()->isServiceRegistered(kService),
+                                 20'000);
+        FreedesktopNotificationCenter center(m_bus->connection());
+        NotificationAuthority authority(center, [] { return true; });
+        ManualClock clock;
+        auto* presenter = new CountingPresenter;
+        QuitWarningService service(center, authority, clock,
+                                   std::unique_ptr<CountdownPresenter>(presenter));
+        QList<qint32> quit;
+        service.onQuit = [&quit](const QList<AppInfo>& apps) {
+            for (const AppInfo& a : apps) {
+                quit << a.id;
+            }
+        };
+        service.registerCategory();
+        clock.advance(std::chrono::seconds(0));
+        QTRY_COMPARE_WITH_TIMEOUT(authority.status(), AuthorizationStatus::authorized, 10'000);
+
+        service.present({app(11, QStringLiteral("Safari")), app(12, QStringLiteral("Notes"))});
+        QTRY_COMPARE_WITH_TIMEOUT(calls(QStringLiteral("Notify")).size(), 1, 10'000);
+        const QVariantList first = calls(QStringLiteral("Notify")).at(0);
+        QCOMPARE(first.at(3), QVariant(QStringLiteral("Quitting Idle Apps")));
+        QCOMPARE(first.at(4),
+                 QVariant(QStringLiteral("Safari, Notes — in 60s. Cancel to keep them open.")));
+        QCOMPARE(first.at(5).toStringList(),
+                 QStringList({kQuitNow, QStringLiteral("Quit Now"),
+                              QStringLiteral("Vantle.autoQuit.cancel"), QStringLiteral("Cancel"),
+                              QStringLiteral("default"), QString()}));
+
+        // A newcomer replaces the notification rather than adding a second one.
+        clock.advance(std::chrono::seconds(5));
+        service.present({app(13, QStringLiteral("Mail"))});
+        QTRY_COMPARE_WITH_TIMEOUT(calls(QStringLiteral("Notify")).size(), 2, 10'000);
+        QCOMPARE(calls(QStringLiteral("Notify")).at(1).at(1), QVariant(1u));
+
+        const QVariantList pressed{QVariant::fromValue(QDBusVariant(1u)),
+                                   QVariant::fromValue(QDBusVariant(kQuitNow))};
+        mock(QStringLiteral("EmitSignal"),
+             {QString(), QStringLiteral("ActionInvoked"), QStringLiteral("us"), pressed});
+        QTRY_COMPARE_WITH_TIMEOUT(quit, (QList<qint32>{11, 12, 13}), 10'000);
+        QTRY_COMPARE_WITH_TIMEOUT(calls(QStringLiteral("CloseNotification")).size(), 1, 10'000);
+        QVERIFY(!presenter->open);
+
+        // With the server gone, the next warning falls back to the panel.
+        stopServer();
+        QTRY_COMPARE_WITH_TIMEOUT(authority.status(), AuthorizationStatus::denied, 10'000);
+        service.present({app(14, QStringLiteral("Pages"))});
+        QVERIFY(presenter->open);
     }
 };
 
