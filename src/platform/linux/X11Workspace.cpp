@@ -160,8 +160,8 @@ void X11Workspace::readWindows(const std::vector<xcb_window_t>& windows, bool tr
     for (const xcb_window_t window : windows) {
         Pending p{window, {}, {}, {}, {}, {}};
         if (m_hasXRes) {
-            const xcb_res_client_id_spec_t spec{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
-            p.res = xcb_res_query_client_ids(c, 1, &spec);
+            const xcb_res_client_id_spec_t query{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+            p.res = xcb_res_query_client_ids(c, 1, &query);
         }
         p.netPid = xcb_get_property(c, 0, window, m_x.ewmh()->_NET_WM_PID, XCB_ATOM_CARDINAL, 0, 1);
         p.wmClass = xcb_get_property(c, 0, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 0, 256);
@@ -178,7 +178,8 @@ void X11Workspace::readWindows(const std::vector<xcb_window_t>& windows, bool tr
             if (auto reply = owned(xcb_res_query_client_ids_reply(c, p.res, nullptr))) {
                 auto it = xcb_res_query_client_ids_ids_iterator(reply.get());
                 for (; it.rem > 0; xcb_res_client_id_value_next(&it)) {
-                    if (it.data->spec.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID &&
+                    const auto& [client, length] = *it.data;
+                    if (client.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID && length >= 1 &&
                         xcb_res_client_id_value_value_length(it.data) >= 1) {
                         info.pid = static_cast<qint32>(*xcb_res_client_id_value_value(it.data));
                     }
