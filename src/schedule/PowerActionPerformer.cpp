@@ -1,0 +1,24 @@
+#include "schedule/PowerActionPerformer.h"
+
+#include "platform/PowerActions.h"
+
+namespace vantle {
+
+void performPowerAction(ShutdownSchedule::Action action, PowerActions& actions) {
+    switch (action) {
+    case ShutdownSchedule::Action::sleep:
+        actions.sleep();
+        return;
+    case ShutdownSchedule::Action::shutdown:
+        actions.shutDown();
+        return;
+    case ShutdownSchedule::Action::restart:
+        actions.restart();
+        return;
+    case ShutdownSchedule::Action::wake:
+    case ShutdownSchedule::Action::poweron:
+        return;
+    }
+}
+
+} // namespace vantle

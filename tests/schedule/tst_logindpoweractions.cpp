@@ -1,0 +1,180 @@
+#include "fakes/LogCapture.h"
+#include "platform/linux/LogindPowerActions.h"
+#include "platform/linux/LogindSleepWatcher.h"
+#include "support/PrivateSessionBus.h"
+
+#include <QDBusArgument>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusVariant>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTest>
+#include <memory>
+
+using namespace vantle;
+using vantle::testing::PrivateSessionBus;
+
+namespace {
+const QString kLogin1 = QStringLiteral("org.freedesktop.login1");
+const QString kPython = QStringLiteral("/usr/bin/python3");
+
+// Stands in for GNOME's session manager.
+class FakeGnomeSession : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.gnome.SessionManager")
+
+public:
+    QStringList calls;
+
+public slots:
+    void Reboot() { calls.append(QStringLiteral("Reboot")); }
+    void Shutdown() { calls.append(QStringLiteral("Shutdown")); }
+};
+} // namespace
+
+// Drives logind (python-dbusmock) on a private bus that stands in for both system and session bus.
+class TestLogindPowerActions : public QObject {
+    Q_OBJECT
+
+private:
+    std::unique_ptr<PrivateSessionBus> m_bus;
+    std::unique_ptr<QProcess> m_logind;
+    bool m_appsRunning = false;
+
+    void startLogind(const QString& parameters = QStringLiteral("{}")) {
+        m_logind = std::make_unique<QProcess>();
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), m_bus->address());
+        m_logind->setProcessEnvironment(env);
+        m_logind->setStandardOutputFile(QProcess::nullDevice());
+        m_logind->start(kPython, {QStringLiteral("-m"), QStringLiteral("dbusmock"),
+                                  QStringLiteral("--session"), QStringLiteral("--template"),
+                                  QStringLiteral("logind"), QStringLiteral("-p"), parameters});
+        QTRY_VERIFY_WITH_TIMEOUT(m_bus->connection().interface()->isServiceRegistered(kLogin1),
+                                 20'000);
+    }
+
+    QDBusMessage mock(const QString& method, const QVariantList& arguments) const {
+        QDBusMessage call =
+            QDBusMessage::createMethodCall(kLogin1, QStringLiteral("/org/freedesktop/login1"),
+                                           QStringLiteral("org.freedesktop.DBus.Mock"), method);
+        call.setArguments(arguments);
+        return m_bus->connection().call(call, QDBus::Block, 5'000);
+    }
+
+    // The arguments of every call of `method` logind received.
+    QList<QVariantList> calls(const QString& method) const {
+        const QDBusMessage reply = mock(QStringLiteral("GetMethodCalls"), {method});
+        QList<QVariantList> result;
+        if (reply.type() == QDBusMessage::ReplyMessage) {
+            const auto log = reply.arguments().constFirst().value<QDBusArgument>();
+            log.beginArray();
+            while (!log.atEnd()) {
+                quint64 time = 0;
+                QVariantList arguments;
+                log.beginStructure();
+                log >> time >> arguments;
+                log.endStructure();
+                result.append(arguments);
+            }
+            log.endArray();
+        }
+        return result;
+    }
+
+    std::unique_ptr<LogindPowerActions> makeActions() {
+        return std::make_unique<LogindPowerActions>(m_bus->connection(), m_bus->connection(),
+                                                    [this] { return m_appsRunning; });
+    }
+
+    void prepareForSleep(bool goingToSleep) {
+        mock(QStringLiteral("EmitSignal"),
+             {QStringLiteral("org.freedesktop.login1.Manager"), QStringLiteral("PrepareForSleep"),
+              QStringLiteral("b"), QVariantList{QVariant::fromValue(QDBusVariant(goingToSleep))}});
+    }
+
+private slots:
+    void init() {
+        m_appsRunning = false;
+        m_bus = std::make_unique<PrivateSessionBus>();
+        if (!m_bus->isRunning()) {
+            QFAIL(qPrintable(m_bus->error()));
+        }
+        if (QProcess::execute(kPython, {QStringLiteral("-c"), QStringLiteral("import dbusmock")})) {
+            QSKIP("python3-dbusmock is not installed for /usr/bin/python3");
+        }
+    }
+    void cleanup() {
+        if (m_logind) {
+            m_logind->terminate();
+            m_logind->waitForFinished(5'000);
+            m_logind.reset();
+        }
+        m_bus.reset();
+    }
+
+    void withoutSessionManagerLogindActsInteractively() {
+        startLogind(QStringLiteral(R"({"CanReboot": "challenge"})"));
+        auto actions = makeActions();
+        actions->sleep();
+        actions->restart();
+        actions->shutDown();
+        QTRY_COMPARE_WITH_TIMEOUT(calls(QStringLiteral("PowerOff")), QList<QVariantList>({{true}}),
+                                  10'000);
+        QTRY_COMPARE_WITH_TIMEOUT(calls(QStringLiteral("Reboot")), QList<QVariantList>({{true}}),
+                                  10'000);
+        QTRY_COMPARE_WITH_TIMEOUT(calls(QStringLiteral("Suspend")), QList<QVariantList>({{true}}),
+                                  10'000);
+    }
+
+    void refusalsAndRunningAppsStopTheAction() {
+        startLogind(QStringLiteral(R"({"CanSuspend": "na"})"));
+        auto actions = makeActions();
+        LogCapture log;
+        m_appsRunning = true;
+        actions->sleep();
+        actions->restart();
+        actions->shutDown();
+        QTRY_COMPARE_WITH_TIMEOUT(log.count(QStringLiteral("still running")), 2, 10'000);
+        QTRY_COMPARE_WITH_TIMEOUT(log.count(QStringLiteral("CanSuspend answers \"na\"")), 1,
+                                  10'000);
+        QCOMPARE(calls(QStringLiteral("CanReboot")).size(), 0);
+        QCOMPARE(calls(QStringLiteral("CanPowerOff")).size(), 0);
+        QCOMPARE(calls(QStringLiteral("Suspend")).size(), 0);
+    }
+
+    void sessionManagerTakesOverRestartAndShutDown() {
+        startLogind();
+        FakeGnomeSession gnome;
+        QDBusConnection gnomeBus =
+            QDBusConnection::connectToBus(m_bus->address(), QStringLiteral("fake-gnome"));
+        QVERIFY(gnomeBus.registerObject(QStringLiteral("/org/gnome/SessionManager"), &gnome,
+                                        QDBusConnection::ExportAllSlots));
+        QVERIFY(gnomeBus.registerService(QStringLiteral("org.gnome.SessionManager")));
+        m_appsRunning = true; // the session manager lets them save, so this must not stop it
+        auto actions = makeActions();
+        actions->restart();
+        actions->shutDown();
+        QTRY_COMPARE_WITH_TIMEOUT(gnome.calls.size(), 2, 10'000);
+        QCOMPARE(gnome.calls.at(0), QStringLiteral("Reboot"));
+        QCOMPARE(gnome.calls.at(1), QStringLiteral("Shutdown"));
+        QCOMPARE(calls(QStringLiteral("Reboot")).size(), 0);
+        QCOMPARE(calls(QStringLiteral("PowerOff")).size(), 0);
+        QDBusConnection::disconnectFromBus(QStringLiteral("fake-gnome"));
+    }
+
+    void onlyTheEndOfSleepIsAWake() {
+        startLogind();
+        LogindSleepWatcher watcher(m_bus->connection());
+        QSignalSpy woke(&watcher, &LogindSleepWatcher::didWake);
+        prepareForSleep(true);
+        prepareForSleep(false);
+        QTRY_COMPARE_WITH_TIMEOUT(woke.count(), 1, 10'000);
+        QTest::qWait(200);
+        QCOMPARE(woke.count(), 1);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestLogindPowerActions)
+#include "tst_logindpoweractions.moc"
