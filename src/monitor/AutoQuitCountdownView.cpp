@@ -1,5 +1,6 @@
 #include "monitor/AutoQuitCountdownView.h"
 
+#include "monitor/CountdownParts.h"
 #include "monitor/QuitWarningState.h"
 
 #include <QFontDatabase>
@@ -18,7 +19,6 @@ namespace {
 
 constexpr int kSymbolSize = 32;
 constexpr int kListWidth = 260;
-const QColor kOrange(255, 149, 0);
 
 // A stopwatch, for desktops whose icon theme has no timer.
 QIcon drawnTimer() {
@@ -44,21 +44,7 @@ QPixmap timerSymbol(qreal devicePixelRatio) {
     if (icon.isNull()) {
         icon = QIcon::fromTheme(QStringLiteral("alarm-symbolic"), drawnTimer());
     }
-    QPixmap pixmap = icon.pixmap(QSize(kSymbolSize, kSymbolSize), devicePixelRatio);
-    // Tint whatever shape we got: only its alpha is kept.
-    QPainter p(&pixmap);
-    p.setCompositionMode(QPainter::CompositionMode_SourceIn);
-    p.fillRect(pixmap.rect(), kOrange);
-    return pixmap;
-}
-
-QLabel* centredLabel(const QFont& font, QWidget* parent) {
-    auto* label = new QLabel(parent);
-    label->setFont(font);
-    label->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
-    // App names come from other programs: never interpret them as markup.
-    label->setTextFormat(Qt::PlainText);
-    return label;
+    return tintedSymbol(icon, kSymbolSize, devicePixelRatio);
 }
 
 } // namespace

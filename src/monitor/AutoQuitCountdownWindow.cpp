@@ -1,13 +1,10 @@
 #include "monitor/AutoQuitCountdownWindow.h"
 
 #include "monitor/AutoQuitCountdownView.h"
+#include "monitor/CountdownParts.h"
 #include "platform/PanelPlacement.h"
 
 #include <QEvent>
-#include <QGuiApplication>
-#include <QScreen>
-#include <QStyle>
-#include <QWindow>
 #include <utility>
 
 namespace vantle {
@@ -34,25 +31,8 @@ void AutoQuitCountdownWindow::show(QuitWarningState& state, std::function<void()
     }
     m_onCancel = onCancel;
     auto* panel = new AutoQuitCountdownView(state, std::move(onQuitNow), std::move(onCancel));
-    panel->setWindowFlags(Qt::Tool | Qt::WindowStaysOnTopHint | Qt::CustomizeWindowHint |
-                          Qt::WindowTitleHint | Qt::WindowCloseButtonHint);
-    panel->setWindowTitle(QStringLiteral("Auto-Quit"));
-    panel->setAttribute(Qt::WA_ShowWithoutActivating);
-    // Its buttons close it from inside their own click handlers, so it must go later, not now.
-    panel->setAttribute(Qt::WA_DeleteOnClose);
-    // A tray app keeps running when its last window goes.
-    panel->setAttribute(Qt::WA_QuitOnClose, false);
-    panel->setFixedSize(kPanelSize);
-    if (const QScreen* screen = QGuiApplication::primaryScreen()) {
-        panel->setGeometry(QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, kPanelSize,
-                                               screen->availableGeometry()));
-    }
     panel->installEventFilter(this);
-    // Asking for the id creates the native window, which has to be prepared before it is shown.
-    panel->winId();
-    m_placement.prepare(*panel->windowHandle());
-    panel->show();
-    panel->raise();
+    showFloatingPanel(*panel, QStringLiteral("Auto-Quit"), kPanelSize, m_placement);
     m_panel = panel;
 }
 

@@ -2,12 +2,12 @@
 
 #include "model/AppSettings.h"
 #include "model/QuitWarningStyle.h"
+#include "monitor/CountdownParts.h"
 #include "monitor/CountdownPresenter.h"
 #include "platform/NotificationCenter.h"
 #include "system/NotificationAuthority.h"
 
 #include <QSet>
-#include <cmath>
 
 namespace vantle {
 
@@ -15,22 +15,12 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr int kDefaultSeconds = 60;
-
 QString names(const QList<AppInfo>& apps) {
     QStringList list;
     for (const AppInfo& app : apps) {
         list << app.name;
     }
     return list.join(QStringLiteral(", "));
-}
-
-// Whole seconds, truncated toward zero; a hand-edited absurd value cannot overflow.
-int wholeSeconds(double seconds) {
-    if (!std::isfinite(seconds)) {
-        return kDefaultSeconds;
-    }
-    return static_cast<int>(std::trunc(std::clamp(seconds, -1.0e9, 1.0e9)));
 }
 
 } // namespace
@@ -113,8 +103,8 @@ void QuitWarningService::present(const QList<AppInfo>& apps) {
         return;
     }
     m_state.setApps(std::move(merged));
-    m_state.setSecondsLeft(m_settings ? wholeSeconds(m_settings->quitWarningSeconds())
-                                      : kDefaultSeconds);
+    m_state.setSecondsLeft(m_settings ? wholeWarningSeconds(m_settings->quitWarningSeconds())
+                                      : kDefaultWarningSeconds);
     showWarning();
     if (!m_timer) {
         m_timer = m_clock.repeating(1s, [this] { tick(); });
