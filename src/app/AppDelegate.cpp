@@ -8,16 +8,23 @@
 #include "monitor/QuitWarningService.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
+#include "schedule/PowerActionPerformer.h"
+#include "schedule/ScheduleCountdownWindow.h"
+#include "schedule/ScheduleMonitorService.h"
+#include "schedule/ScheduleWarningService.h"
 #include "system/NotificationAuthority.h"
 
 #include <QCoreApplication>
 #include <QPointer>
+#include <QSet>
 
 namespace vantle {
 
 namespace {
 constexpr double kIdleSampleSeconds = 30;
-}
+// How long a restart or shut down waits for the apps it asked to quit.
+constexpr int kQuitWaitSeconds = 30;
+} // namespace
 
 AppDelegate::AppDelegate(Platform& platform, QObject* parent)
     : QObject(parent)
@@ -29,11 +36,21 @@ AppDelegate::AppDelegate(Platform& platform, QObject* parent)
     , m_settings(new AppSettings(*platform.defaults, *platform.bundle, *platform.clock,
                                  *platform.texts, this))
     , m_autoQuit(new AutoQuitManager(*platform.workspace, *platform.clock, this))
+    , m_scheduleMonitor(new ScheduleMonitorService(*platform.clock, *platform.powerAssertion, this))
     , m_notificationAuthority(new NotificationAuthority(*platform.notifications,
                                                         platform.openNotificationSettings, this))
     , m_quitWarning(new QuitWarningService(
           *platform.notifications, *m_notificationAuthority, *platform.clock,
-          std::make_unique<AutoQuitCountdownWindow>(*platform.panelPlacement), this)) {}
+          std::make_unique<AutoQuitCountdownWindow>(*platform.panelPlacement), this))
+    , m_scheduleWarning(new ScheduleWarningService(
+          *platform.notifications, *m_notificationAuthority, *platform.clock,
+          std::make_unique<ScheduleCountdownWindow>(*platform.panelPlacement), this)) {
+    m_platform.otherAppsStillRunning = [self = QPointer<AppDelegate>(this)] {
+        return self &&
+               std::any_of(self->m_askedToQuit.cbegin(), self->m_askedToQuit.cend(),
+                           [](const RunningApplicationRef& app) { return !app->isTerminated(); });
+    };
+}
 
 AppDelegate::~AppDelegate() = default;
 
@@ -70,12 +87,95 @@ void AppDelegate::applicationDidFinishLaunching() {
     };
 
     m_quitWarning->registerCategory();
-    // Schedule warning actions ("Vantle.schedule.now", "Vantle.schedule.cancel") are routed here
-    // once that warning exists; anything else a notification reports is not ours to act on.
-    m_quitWarning->forwardUnhandledAction = [](const QString&) {};
+    m_scheduleWarning->registerCategory();
+    // The quit warning receives every notification response; the schedule warning's come
+    // through here.
+    m_quitWarning->forwardUnhandledAction = [self](const QString& identifier) {
+        if (self) {
+            self->m_scheduleWarning->handleNotificationAction(identifier);
+        }
+    };
+    m_scheduleWarning->setSettings(m_settings);
+    m_scheduleWarning->onProceed = [self](ShutdownSchedule::Action action) {
+        if (self) {
+            self->proceed(action);
+        }
+    };
 
     m_autoQuit->start();
     m_idleMonitor->start(kIdleSampleSeconds);
+
+    m_scheduleMonitor->setSettings(m_settings);
+    m_scheduleMonitor->onScheduledAction = [self](ShutdownSchedule::Action action) {
+        if (self) {
+            self->m_scheduleWarning->warn(action);
+        }
+    };
+    m_scheduleMonitor->start();
+}
+
+void AppDelegate::handleCommand(AppCommand command) {
+    switch (command) {
+    case AppCommand::quitAllApps:
+        quitAllApps();
+        return;
+    case AppCommand::sleep:
+        m_scheduleWarning->warn(ShutdownSchedule::Action::sleep);
+        return;
+    case AppCommand::restart:
+        m_scheduleWarning->warn(ShutdownSchedule::Action::restart);
+        return;
+    case AppCommand::shutDown:
+        m_scheduleWarning->warn(ShutdownSchedule::Action::shutdown);
+        return;
+    case AppCommand::focusSearch:
+    case AppCommand::selectAll:
+    case AppCommand::quitSelected:
+        // Handled by the app list itself.
+        return;
+    }
+}
+
+void AppDelegate::quitAllApps() {
+    // Remember whom quit-all asks, so a restart can tell when they have gone.
+    const QSet<QString> excluded(m_settings->excludedBundleIDs().cbegin(),
+                                 m_settings->excludedBundleIDs().cend());
+    const qint32 self = static_cast<qint32>(QCoreApplication::applicationPid());
+    m_askedToQuit.clear();
+    for (const RunningApplicationRef& app : m_platform.workspace->runningApplications()) {
+        const auto bundle = app ? app->bundleIdentifier() : std::nullopt;
+        if (!app || app->processIdentifier() == self ||
+            (m_settings->protectMenuBarApps() &&
+             app->activationPolicy() != ActivationPolicy::regular) ||
+            (bundle && excluded.contains(*bundle))) {
+            continue;
+        }
+        m_askedToQuit.append(app);
+    }
+    m_appMonitor->quitAll(false, m_settings->excludedBundleIDs(), m_settings->protectMenuBarApps());
+}
+
+void AppDelegate::proceed(ShutdownSchedule::Action action) {
+    if (action != ShutdownSchedule::Action::shutdown &&
+        action != ShutdownSchedule::Action::restart) {
+        performPowerAction(action, *m_platform.powerActions);
+        return;
+    }
+    quitAllApps();
+    performWhenAppsHaveQuit(action, kQuitWaitSeconds);
+}
+
+void AppDelegate::performWhenAppsHaveQuit(ShutdownSchedule::Action action, int secondsLeft) {
+    if (secondsLeft <= 0 || !m_platform.otherAppsStillRunning()) {
+        m_powerActionWait.reset();
+        // The power actions themselves refuse, and say so, if apps with unsaved work remain.
+        performPowerAction(action, *m_platform.powerActions);
+        return;
+    }
+    m_powerActionWait =
+        m_platform.clock->singleShot(std::chrono::seconds(1), [this, action, secondsLeft] {
+            performWhenAppsHaveQuit(action, secondsLeft - 1);
+        });
 }
 
 void AppDelegate::quitApps(const QList<AppInfo>& apps) {

@@ -1,5 +1,11 @@
 #pragma once
 
+#include "model/AppCommand.h"
+#include "model/ShutdownSchedule.h"
+#include "platform/Clock.h"
+#include "platform/RunningApplication.h"
+
+#include <QList>
 #include <QObject>
 
 namespace vantle {
@@ -10,6 +16,8 @@ class AutoQuitManager;
 class IdleMonitorService;
 class NotificationAuthority;
 class QuitWarningService;
+class ScheduleMonitorService;
+class ScheduleWarningService;
 struct AppInfo;
 struct Platform;
 
@@ -30,18 +38,31 @@ public:
     AutoQuitManager& autoQuit() const { return *m_autoQuit; }
     QuitWarningService& quitWarning() const { return *m_quitWarning; }
     NotificationAuthority& notificationAuthority() const { return *m_notificationAuthority; }
+    ScheduleMonitorService& scheduleMonitor() const { return *m_scheduleMonitor; }
+    ScheduleWarningService& scheduleWarning() const { return *m_scheduleWarning; }
+
+    // What a shortcut or a menu item asked for.
+    void handleCommand(AppCommand command);
 
 private:
     void quitApps(const QList<AppInfo>& apps);
     void markJustActive(const QList<AppInfo>& apps);
+    void quitAllApps();
+    void proceed(ShutdownSchedule::Action action);
+    void performWhenAppsHaveQuit(ShutdownSchedule::Action action, int secondsLeft);
 
     Platform& m_platform;
     AppMonitorService* m_appMonitor;
     IdleMonitorService* m_idleMonitor;
     AppSettings* m_settings;
     AutoQuitManager* m_autoQuit;
+    ScheduleMonitorService* m_scheduleMonitor;
     NotificationAuthority* m_notificationAuthority;
     QuitWarningService* m_quitWarning;
+    ScheduleWarningService* m_scheduleWarning;
+    // The apps the last quit-all before a restart or shut down asked to quit.
+    QList<RunningApplicationRef> m_askedToQuit;
+    Timer m_powerActionWait;
 };
 
 } // namespace vantle

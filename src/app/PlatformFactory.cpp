@@ -14,6 +14,9 @@
 #include "platform/linux/FileDefaultsStore.h"
 #include "platform/linux/FreedesktopNotificationCenter.h"
 #include "platform/linux/LinuxBundleInfo.h"
+#include "platform/linux/LogindPowerActions.h"
+#include "platform/linux/LogindPowerAssertion.h"
+#include "platform/linux/LogindSleepWatcher.h"
 #include "platform/linux/StatusNotifierTray.h"
 #include "platform/linux/UnsupportedWorkspace.h"
 #include "platform/linux/X11Connection.h"
@@ -38,6 +41,7 @@ struct LinuxPlatform final : Platform {
         panelPlacement.reset();
     }
     std::unique_ptr<X11Connection> x11;
+    std::unique_ptr<LogindSleepWatcher> sleepWatcher;
     std::unique_ptr<StatusNotifierTray> tray;
 };
 
@@ -98,6 +102,18 @@ std::unique_ptr<Platform> makePlatform(PlatformUse use) {
     }
     if (!platform->panelPlacement) {
         platform->panelPlacement = std::make_unique<NullPanelPlacement>();
+    }
+    if (use == PlatformUse::Application) {
+        const QDBusConnection system = QDBusConnection::systemBus();
+        const QDBusConnection session = QDBusConnection::sessionBus();
+        platform->powerAssertion = std::make_unique<LogindPowerAssertion>(system, session);
+        Platform* bundle = platform.get();
+        platform->powerActions = std::make_unique<LogindPowerActions>(system, session, [bundle] {
+            return bundle->otherAppsStillRunning && bundle->otherAppsStillRunning();
+        });
+        platform->sleepWatcher = std::make_unique<LogindSleepWatcher>(system);
+        QObject::connect(platform->sleepWatcher.get(), &LogindSleepWatcher::didWake,
+                         platform->workspace.get(), &Workspace::didWake);
     }
     return platform;
 }

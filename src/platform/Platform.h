@@ -8,6 +8,8 @@
 #include "platform/LoginItem.h"
 #include "platform/NotificationCenter.h"
 #include "platform/PanelPlacement.h"
+#include "platform/PowerActions.h"
+#include "platform/PowerAssertion.h"
 #include "platform/Workspace.h"
 
 #include <functional>
@@ -31,6 +33,10 @@ struct Platform {
     std::unique_ptr<Workspace> workspace;
     std::unique_ptr<IdleTime> idleTime;
     std::unique_ptr<PanelPlacement> panelPlacement;
+    std::unique_ptr<PowerAssertion> powerAssertion;
+    std::unique_ptr<PowerActions> powerActions;
+    // Set by the app: whether apps it asked to quit before a restart or shut down still run.
+    std::function<bool()> otherAppsStillRunning;
     // The app and the diagnostics (which report the notification status).
     std::unique_ptr<NotificationCenter> notifications;
     // Opens the desktop's notification settings; false when it could not.

@@ -3,6 +3,8 @@
 #include "fakes/FakeIdleTime.h"
 #include "fakes/FakeLoginItem.h"
 #include "fakes/FakeNotificationCenter.h"
+#include "fakes/FakePowerActions.h"
+#include "fakes/FakePowerAssertion.h"
 #include "fakes/FakeWorkspace.h"
 #include "fakes/InlineExecutor.h"
 #include "fakes/LogCapture.h"
@@ -46,7 +48,12 @@ struct FakePlatform {
         notifications = fakeNotifications.get();
         platform.notifications = std::move(fakeNotifications);
         platform.panelPlacement = std::make_unique<NullPanelPlacement>();
+        platform.powerAssertion = std::make_unique<FakePowerAssertion>();
+        auto fakePower = std::make_unique<FakePowerActions>();
+        power = fakePower.get();
+        platform.powerActions = std::move(fakePower);
     }
+    FakePowerActions* power;
     ManualClock& clock() { return static_cast<ManualClock&>(*platform.clock); }
     FakeWorkspace* workspace;
     FakeIdleTime* idle;
@@ -143,6 +150,47 @@ private slots:
         fake.clock().advance(std::chrono::seconds(59));
         QCOMPARE(fake.notifications->posted.size(), 3);
         QCOMPARE(mail->terminateRequests, 1);
+    }
+
+    // A shut down quits the apps first and waits for them; one power action per proceed.
+    void shutDownQuitsAppsThenActsOnce() {
+        FakePlatform fake;
+        fake.defaults->values[QStringLiteral("scheduleWarningStyle")] = QStringLiteral("never");
+        auto editor = fake.workspace->add(200, QStringLiteral("Editor"));
+        editor->refusesToQuit = true;
+        auto kept = fake.workspace->add(201, QStringLiteral("Kept"), QStringLiteral("com.kept"));
+        fake.defaults->values[QStringLiteral("excludedBundleIDs")] =
+            QStringList{QStringLiteral("com.kept")};
+        AppDelegate delegate(fake.platform);
+        delegate.applicationDidFinishLaunching();
+
+        delegate.handleCommand(AppCommand::shutDown);
+        QCOMPARE(editor->terminateRequests, 1);
+        QCOMPARE(kept->terminateRequests, 0);
+        QVERIFY(fake.power->calls.isEmpty()); // still waiting for the editor
+        fake.workspace->exit(200);            // the user saved and it quit
+        fake.clock().advance(std::chrono::seconds(1));
+        QCOMPARE(fake.power->calls, QStringList{QStringLiteral("shutDown")});
+        fake.clock().advance(std::chrono::seconds(60));
+        QCOMPARE(fake.power->calls.size(), 1);
+
+        delegate.handleCommand(AppCommand::sleep);
+        QCOMPARE(fake.power->calls.last(), QStringLiteral("sleep"));
+        QCOMPARE(kept->terminateRequests, 0);
+    }
+
+    // The schedule warning's notification buttons reach it although the quit warning receives
+    // every response.
+    void scheduleResponsesAreForwarded() {
+        FakePlatform fake;
+        AppDelegate delegate(fake.platform);
+        delegate.applicationDidFinishLaunching();
+        fake.clock().advance(std::chrono::seconds(0));
+        delegate.handleCommand(AppCommand::sleep);
+        QVERIFY(fake.power->calls.isEmpty());
+        fake.notifications->respond(QStringLiteral("Vantle.schedule.warning"),
+                                    QStringLiteral("Vantle.schedule.now"));
+        QCOMPARE(fake.power->calls, QStringList{QStringLiteral("sleep")});
     }
 };
 
