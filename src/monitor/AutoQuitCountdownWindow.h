@@ -1,13 +1,12 @@
 #pragma once
 
 #include "monitor/CountdownPresenter.h"
+#include "monitor/FloatingPanelHost.h"
 
 #include <QObject>
-#include <QPointer>
 
 namespace vantle {
 
-class AutoQuitCountdownView;
 class PanelPlacement;
 
 // The auto-quit countdown as a small always-on-top panel on every workspace that leaves the
@@ -16,24 +15,17 @@ class AutoQuitCountdownWindow final : public QObject, public CountdownPresenter 
     Q_OBJECT
 public:
     explicit AutoQuitCountdownWindow(PanelPlacement& placement, QObject* parent = nullptr);
-    ~AutoQuitCountdownWindow() override;
 
     void show(QuitWarningState& state, std::function<void()> onQuitNow,
               std::function<void()> onCancel) override;
     void close() override;
-    bool isOpen() const override { return !m_panel.isNull(); }
+    bool isOpen() const override { return m_host.isOpen(); }
 
     // The open panel; null when closed.
-    QWidget* panel() const;
-
-protected:
-    // Watches the panel for the user closing it.
-    bool eventFilter(QObject* watched, QEvent* event) override;
+    QWidget* panel() const { return m_host.panel(); }
 
 private:
-    PanelPlacement& m_placement;
-    QPointer<AutoQuitCountdownView> m_panel;
-    std::function<void()> m_onCancel;
+    FloatingPanelHost m_host;
 };
 
 } // namespace vantle

@@ -1,16 +1,15 @@
 #pragma once
 
+#include "monitor/FloatingPanelHost.h"
 #include "schedule/ScheduleCountdownPresenter.h"
 
 #include <QObject>
-#include <QPointer>
 
 class QWidget;
 
 namespace vantle {
 
 class PanelPlacement;
-class ScheduleCountdownView;
 
 // The schedule countdown as a small always-on-top panel on every workspace that leaves the
 // keyboard with the app in front. Closing it with its close button skips the action.
@@ -18,24 +17,17 @@ class ScheduleCountdownWindow final : public QObject, public ScheduleCountdownPr
     Q_OBJECT
 public:
     explicit ScheduleCountdownWindow(PanelPlacement& placement, QObject* parent = nullptr);
-    ~ScheduleCountdownWindow() override;
 
     void show(ScheduleWarningState& state, std::function<void()> onProceed,
               std::function<void()> onCancel) override;
     void close() override;
-    bool isOpen() const override { return !m_panel.isNull(); }
+    bool isOpen() const override { return m_host.isOpen(); }
 
     // The open panel; null when closed.
-    QWidget* panel() const;
-
-protected:
-    // Watches the panel for the user closing it.
-    bool eventFilter(QObject* watched, QEvent* event) override;
+    QWidget* panel() const { return m_host.panel(); }
 
 private:
-    PanelPlacement& m_placement;
-    QPointer<ScheduleCountdownView> m_panel;
-    std::function<void()> m_onCancel;
+    FloatingPanelHost m_host;
 };
 
 } // namespace vantle
