@@ -1,6 +1,7 @@
 #include "fakes/LogCapture.h"
 #include "platform/linux/LogindPowerActions.h"
 #include "platform/linux/LogindSleepWatcher.h"
+#include "support/DBusMock.h"
 #include "support/PrivateSessionBus.h"
 
 #include <QDBusArgument>
@@ -13,11 +14,11 @@
 #include <memory>
 
 using namespace vantle;
+using vantle::testing::mockedCalls;
 using vantle::testing::PrivateSessionBus;
 
 namespace {
 const QString kLogin1 = QStringLiteral("org.freedesktop.login1");
-const QString kPython = QStringLiteral("/usr/bin/python3");
 
 // Stands in for GNOME's session manager.
 class FakeGnomeSession : public QObject {
@@ -43,14 +44,9 @@ private:
     bool m_appsRunning = false;
 
     void startLogind(const QString& parameters = QStringLiteral("{}")) {
-        m_logind = std::make_unique<QProcess>();
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), m_bus->address());
-        m_logind->setProcessEnvironment(env);
-        m_logind->setStandardOutputFile(QProcess::nullDevice());
-        m_logind->start(kPython, {QStringLiteral("-m"), QStringLiteral("dbusmock"),
-                                  QStringLiteral("--session"), QStringLiteral("--template"),
-                                  QStringLiteral("logind"), QStringLiteral("-p"), parameters});
+        m_logind = vantle::testing::startDBusMock(
+            m_bus->address(), QStringLiteral("logind"),
+            {QStringLiteral("--session"), QStringLiteral("-p"), parameters});
         QTRY_VERIFY_WITH_TIMEOUT(m_bus->connection().interface()->isServiceRegistered(kLogin1),
                                  20'000);
     }
@@ -65,22 +61,8 @@ private:
 
     // The arguments of every call of `method` logind received.
     QList<QVariantList> calls(const QString& method) const {
-        const QDBusMessage reply = mock(QStringLiteral("GetMethodCalls"), {method});
-        QList<QVariantList> result;
-        if (reply.type() == QDBusMessage::ReplyMessage) {
-            const auto log = reply.arguments().constFirst().value<QDBusArgument>();
-            log.beginArray();
-            while (!log.atEnd()) {
-                quint64 time = 0;
-                QVariantList arguments;
-                log.beginStructure();
-                log >> time >> arguments;
-                log.endStructure();
-                result.append(arguments);
-            }
-            log.endArray();
-        }
-        return result;
+        return mockedCalls(m_bus->connection(), kLogin1, QStringLiteral("/org/freedesktop/login1"),
+                           method);
     }
 
     std::unique_ptr<LogindPowerActions> makeActions() {
@@ -101,7 +83,7 @@ private slots:
         if (!m_bus->isRunning()) {
             QFAIL(qPrintable(m_bus->error()));
         }
-        if (QProcess::execute(kPython, {QStringLiteral("-c"), QStringLiteral("import dbusmock")})) {
+        if (!vantle::testing::hasDBusMock()) {
             QSKIP("python3-dbusmock is not installed for /usr/bin/python3");
         }
     }

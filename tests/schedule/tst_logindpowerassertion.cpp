@@ -1,5 +1,6 @@
 #include "fakes/LogCapture.h"
 #include "platform/linux/LogindPowerAssertion.h"
+#include "support/DBusMock.h"
 #include "support/PrivateSessionBus.h"
 
 #include <QDBusArgument>
@@ -13,7 +14,6 @@ using namespace vantle;
 using vantle::testing::PrivateSessionBus;
 
 namespace {
-const QString kPython = QStringLiteral("/usr/bin/python3");
 const QString kLogind = QStringLiteral("org.freedesktop.login1");
 } // namespace
 
@@ -57,7 +57,7 @@ private slots:
         if (!m_bus->isRunning()) {
             QSKIP(qPrintable(m_bus->error()));
         }
-        if (QProcess::execute(kPython, {QStringLiteral("-c"), QStringLiteral("import dbusmock")})) {
+        if (!vantle::testing::hasDBusMock()) {
             QSKIP("python3-dbusmock is not installed for /usr/bin/python3");
         }
     }
@@ -71,14 +71,7 @@ private slots:
     }
 
     void inhibitorIsListedOnlyWhileHeld() {
-        m_logind = std::make_unique<QProcess>();
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), m_bus->address());
-        env.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), m_bus->address());
-        m_logind->setProcessEnvironment(env);
-        m_logind->setStandardOutputFile(QProcess::nullDevice());
-        m_logind->start(kPython, {QStringLiteral("-m"), QStringLiteral("dbusmock"),
-                                  QStringLiteral("--template"), QStringLiteral("logind")});
+        m_logind = vantle::testing::startDBusMock(m_bus->address(), QStringLiteral("logind"));
         QTRY_VERIFY_WITH_TIMEOUT(m_bus->connection().interface()->isServiceRegistered(kLogind),
                                  20'000);
 

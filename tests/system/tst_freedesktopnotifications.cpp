@@ -3,6 +3,7 @@
 #include "monitor/CountdownPresenter.h"
 #include "monitor/QuitWarningService.h"
 #include "platform/linux/FreedesktopNotificationCenter.h"
+#include "support/DBusMock.h"
 #include "support/PrivateSessionBus.h"
 #include "system/NotificationAuthority.h"
 
@@ -16,11 +17,11 @@
 #include <memory>
 
 using namespace vantle;
+using vantle::testing::mockedCalls;
 using vantle::testing::PrivateSessionBus;
 
 namespace {
 const QString kService = QStringLiteral("org.freedesktop.Notifications");
-const QString kPython = QStringLiteral("/usr/bin/python3");
 const QString kQuitNow = QStringLiteral("Vantle.autoQuit.quitNow");
 struct CountingPresenter final : CountdownPresenter {
     void show(QuitWarningState&, std::function<void()>, std::function<void()>) override {
@@ -48,15 +49,9 @@ private:
     std::unique_ptr<QProcess> m_server;
 
     void startServer(const QString& capabilities) {
-        m_server = std::make_unique<QProcess>();
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), m_bus->address());
-        m_server->setProcessEnvironment(env);
-        m_server->setStandardOutputFile(QProcess::nullDevice());
-        m_server->start(kPython, {QStringLiteral("-m"), QStringLiteral("dbusmock"),
-                                  QStringLiteral("--template"),
-                                  QStringLiteral("notification_daemon"), QStringLiteral("-p"),
-                                  QStringLiteral(R"({"capabilities": "%1"})").arg(capabilities)});
+        m_server = vantle::testing::startDBusMock(
+            m_bus->address(), QStringLiteral("notification_daemon"),
+            {QStringLiteral("-p"), QStringLiteral(R"({"capabilities": "%1"})").arg(capabilities)});
     }
 
     void stopServer() {
@@ -77,22 +72,8 @@ private:
 
     // The arguments of every call of `method` the server received, oldest first.
     QList<QVariantList> calls(const QString& method) const {
-        const QDBusMessage reply = mock(QStringLiteral("GetMethodCalls"), {method});
-        QList<QVariantList> result;
-        if (reply.type() == QDBusMessage::ReplyMessage) {
-            const auto log = reply.arguments().constFirst().value<QDBusArgument>();
-            log.beginArray();
-            while (!log.atEnd()) {
-                quint64 time = 0;
-                QVariantList arguments;
-                log.beginStructure();
-                log >> time >> arguments;
-                log.endStructure();
-                result.append(arguments);
-            }
-            log.endArray();
-        }
-        return result;
+        return mockedCalls(m_bus->connection(), kService,
+                           QStringLiteral("/org/freedesktop/Notifications"), method);
     }
 
     // Not determined stands for a wrong answer: given inside the call, or never.
@@ -111,7 +92,7 @@ private slots:
         if (!m_bus->isRunning()) {
             QSKIP(qPrintable(m_bus->error()));
         }
-        if (QProcess::execute(kPython, {QStringLiteral("-c"), QStringLiteral("import dbusmock")})) {
+        if (!vantle::testing::hasDBusMock()) {
             QSKIP("python3-dbusmock is not installed for /usr/bin/python3");
         }
     }

@@ -1,0 +1,62 @@
+#include "support/DBusMock.h"
+
+#include <QDBusArgument>
+#include <QDBusMessage>
+
+namespace vantle::testing {
+
+namespace {
+const QString kPython = QStringLiteral("/usr/bin/python3");
+}
+
+bool hasDBusMock() {
+    return QProcess::execute(kPython, {QStringLiteral("-c"), QStringLiteral("import dbusmock")}) ==
+           0;
+}
+
+std::unique_ptr<QProcess> startDBusMock(const QString& busAddress, const QString& templateName,
+                                        const QStringList& extraArguments) {
+    auto mock = std::make_unique<QProcess>();
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), busAddress);
+    env.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), busAddress);
+    mock->setProcessEnvironment(env);
+    mock->setStandardOutputFile(QProcess::nullDevice());
+    QStringList arguments{QStringLiteral("-m"), QStringLiteral("dbusmock")};
+    arguments << extraArguments.filter(QStringLiteral("--session")) << QStringLiteral("--template")
+              << templateName;
+    for (const QString& argument : extraArguments) {
+        if (argument != QLatin1String("--session")) {
+            arguments << argument;
+        }
+    }
+    mock->start(kPython, arguments);
+    return mock;
+}
+
+QList<QVariantList> mockedCalls(QDBusConnection bus, const QString& service, const QString& path,
+                                const QString& method) {
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(service, path, QStringLiteral("org.freedesktop.DBus.Mock"),
+                                       QStringLiteral("GetMethodCalls"));
+    call << method;
+    const QDBusMessage reply = bus.call(call, QDBus::Block, 5'000);
+    QList<QVariantList> result;
+    if (reply.type() != QDBusMessage::ReplyMessage) {
+        return result;
+    }
+    const auto log = reply.arguments().constFirst().value<QDBusArgument>();
+    log.beginArray();
+    while (!log.atEnd()) {
+        quint64 time = 0;
+        QVariantList arguments;
+        log.beginStructure();
+        log >> time >> arguments;
+        log.endStructure();
+        result.append(arguments);
+    }
+    log.endArray();
+    return result;
+}
+
+} // namespace vantle::testing
