@@ -8,7 +8,9 @@
 #include "monitor/QuitWarningService.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
+#include "schedule/PmsetSync.h"
 #include "schedule/PowerActionPerformer.h"
+#include "schedule/PrivilegedRunner.h"
 #include "schedule/ScheduleCountdownWindow.h"
 #include "schedule/ScheduleMonitorService.h"
 #include "schedule/ScheduleWarningService.h"
@@ -24,6 +26,10 @@ namespace {
 constexpr double kIdleSampleSeconds = 30;
 // How long a restart or shut down waits for the apps it asked to quit.
 constexpr int kQuitWaitSeconds = 30;
+// Registered events are one-shot: an hourly sync moves each on to its next occurrence even when
+// nothing else happens. A minute of slack lets the system batch the wake-up.
+constexpr std::chrono::seconds kResyncInterval{3600};
+constexpr std::chrono::seconds kResyncTolerance{60};
 } // namespace
 
 AppDelegate::AppDelegate(Platform& platform, QObject* parent)
@@ -44,7 +50,12 @@ AppDelegate::AppDelegate(Platform& platform, QObject* parent)
           std::make_unique<AutoQuitCountdownWindow>(*platform.panelPlacement), this))
     , m_scheduleWarning(new ScheduleWarningService(
           *platform.notifications, *m_notificationAuthority, *platform.clock,
-          std::make_unique<ScheduleCountdownWindow>(*platform.panelPlacement), this)) {
+          std::make_unique<ScheduleCountdownWindow>(*platform.panelPlacement), this))
+    , m_privilegedRunner(std::make_unique<PrivilegedRunner>(
+          *platform.scripts, *platform.alerts, platform.schedulerTool, *platform.texts,
+          platform.userName))
+    , m_pmsetSync(new PmsetSync(*platform.clock, *platform.executor, *platform.scripts,
+                                *m_privilegedRunner, *platform.defaults, this)) {
     m_platform.otherAppsStillRunning = [self = QPointer<AppDelegate>(this)] {
         return self &&
                std::any_of(self->m_askedToQuit.cbegin(), self->m_askedToQuit.cend(),
@@ -111,7 +122,23 @@ void AppDelegate::applicationDidFinishLaunching() {
             self->m_scheduleWarning->warn(action);
         }
     };
+    m_scheduleMonitor->setPmsetSync(m_pmsetSync);
     m_scheduleMonitor->start();
+    m_scheduleMonitor->syncPmset();
+    // Every change of the schedules, every wake and every hour brings the system's power
+    // schedule up to date; overlapping requests collapse inside the sync.
+    connect(m_settings, &AppSettings::shutdownSchedulesChanged, m_scheduleMonitor,
+            &ScheduleMonitorService::syncPmset);
+    connect(m_platform.workspace.get(), &Workspace::didWake, m_scheduleMonitor,
+            &ScheduleMonitorService::syncPmset, Qt::QueuedConnection);
+    m_hourlySync = m_platform.clock->repeating(
+        kResyncInterval,
+        [self] {
+            if (self) {
+                self->m_scheduleMonitor->syncPmset();
+            }
+        },
+        kResyncTolerance);
 }
 
 void AppDelegate::handleCommand(AppCommand command) {

@@ -7,6 +7,7 @@
 
 #include <QList>
 #include <QObject>
+#include <memory>
 
 namespace vantle {
 
@@ -15,6 +16,8 @@ class AppSettings;
 class AutoQuitManager;
 class IdleMonitorService;
 class NotificationAuthority;
+class PmsetSync;
+class PrivilegedRunner;
 class QuitWarningService;
 class ScheduleMonitorService;
 class ScheduleWarningService;
@@ -40,6 +43,8 @@ public:
     NotificationAuthority& notificationAuthority() const { return *m_notificationAuthority; }
     ScheduleMonitorService& scheduleMonitor() const { return *m_scheduleMonitor; }
     ScheduleWarningService& scheduleWarning() const { return *m_scheduleWarning; }
+    PrivilegedRunner& privilegedRunner() const { return *m_privilegedRunner; }
+    PmsetSync& pmsetSync() const { return *m_pmsetSync; }
 
     // What a shortcut or a menu item asked for.
     void handleCommand(AppCommand command);
@@ -60,6 +65,9 @@ private:
     NotificationAuthority* m_notificationAuthority;
     QuitWarningService* m_quitWarning;
     ScheduleWarningService* m_scheduleWarning;
+    std::unique_ptr<PrivilegedRunner> m_privilegedRunner;
+    PmsetSync* m_pmsetSync;
+    Timer m_hourlySync;
     // The apps the last quit-all before a restart or shut down asked to quit.
     QList<RunningApplicationRef> m_askedToQuit;
     Timer m_powerActionWait;

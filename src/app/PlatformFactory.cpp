@@ -6,6 +6,11 @@
 
 #include <QGuiApplication>
 
+#ifdef Q_OS_UNIX
+#include <pwd.h>
+#include <unistd.h>
+#endif
+
 #ifdef Q_OS_LINUX
 #include "platform/NullPanelPlacement.h"
 #include "platform/linux/DBusIdleTime.h"
@@ -17,6 +22,8 @@
 #include "platform/linux/LogindPowerActions.h"
 #include "platform/linux/LogindPowerAssertion.h"
 #include "platform/linux/LogindSleepWatcher.h"
+#include "platform/linux/QtAlerts.h"
+#include "platform/linux/ShellScriptRunner.h"
 #include "platform/linux/StatusNotifierTray.h"
 #include "platform/linux/UnsupportedWorkspace.h"
 #include "platform/linux/X11Connection.h"
@@ -44,6 +51,13 @@ struct LinuxPlatform final : Platform {
     std::unique_ptr<LogindSleepWatcher> sleepWatcher;
     std::unique_ptr<StatusNotifierTray> tray;
 };
+
+QString currentUserName() {
+    if (const passwd* entry = getpwuid(getuid()); entry && entry->pw_name) {
+        return QString::fromLocal8Bit(entry->pw_name);
+    }
+    return {};
+}
 
 bool isWaylandSession() {
     return qEnvironmentVariable("XDG_SESSION_TYPE") == QLatin1String("wayland") ||
@@ -97,6 +111,11 @@ std::unique_ptr<Platform> makePlatform(PlatformUse use) {
     platform->notifications =
         std::make_unique<FreedesktopNotificationCenter>(QDBusConnection::sessionBus());
     platform->openNotificationSettings = openDesktopNotificationSettings;
+    platform->scripts = std::make_unique<ShellScriptRunner>();
+    platform->alerts = std::make_unique<QtAlerts>();
+    // Shipped beside the app, so the rule and the prompts name the copy that really runs.
+    platform->schedulerTool = PowerSchedulerTool::linuxTool(QCoreApplication::applicationDirPath());
+    platform->userName = currentUserName();
     if (use != PlatformUse::Inspection) {
         attachDesktop(*platform);
     }

@@ -12,6 +12,13 @@ struct ProductTexts {
     QString systemName;
     // The power scheduler the schedules are handed to.
     QString powerSchedulerName;
+    // Shown before the password prompt of a power-schedule change.
+    QString schedulerPasswordExplanation;
+    // The "always allow" check box's tool tip; %1 is the scheduler's path.
+    QString alwaysAllowToolTip;
+    // Before installing and before removing the Always Allow rule; %1 is the scheduler's path.
+    QString installRuleExplanation;
+    QString removeRuleExplanation;
 
     static const ProductTexts& macOS();
     static const ProductTexts& linuxDesktop();

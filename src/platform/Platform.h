@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Alerts.h"
 #include "platform/BundleInfo.h"
 #include "platform/Clock.h"
 #include "platform/DefaultsStore.h"
@@ -10,7 +11,9 @@
 #include "platform/PanelPlacement.h"
 #include "platform/PowerActions.h"
 #include "platform/PowerAssertion.h"
+#include "platform/ScriptRunner.h"
 #include "platform/Workspace.h"
+#include "platform/PowerSchedulerTool.h"
 
 #include <functional>
 #include <memory>
@@ -37,6 +40,12 @@ struct Platform {
     std::unique_ptr<PowerActions> powerActions;
     // Set by the app: whether apps it asked to quit before a restart or shut down still run.
     std::function<bool()> otherAppsStillRunning;
+    // Shell scripts, plain and as the administrator, and the alerts that explain the prompt.
+    std::unique_ptr<ScriptRunner> scripts;
+    std::unique_ptr<Alerts> alerts;
+    PowerSchedulerTool schedulerTool;
+    // The short name of the user the app runs as.
+    QString userName;
     // The app and the diagnostics (which report the notification status).
     std::unique_ptr<NotificationCenter> notifications;
     // Opens the desktop's notification settings; false when it could not.

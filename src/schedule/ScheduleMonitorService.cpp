@@ -2,6 +2,7 @@
 
 #include "model/AppSettings.h"
 #include "platform/PowerAssertion.h"
+#include "schedule/PmsetSync.h"
 
 namespace vantle {
 
@@ -54,6 +55,16 @@ ScheduleMonitorService::~ScheduleMonitorService() {
 
 void ScheduleMonitorService::setSettings(AppSettings* settings) {
     m_settings = settings;
+}
+
+void ScheduleMonitorService::setPmsetSync(PmsetSync* sync) {
+    m_pmsetSync = sync;
+}
+
+void ScheduleMonitorService::syncPmset() {
+    if (m_pmsetSync) {
+        m_pmsetSync->sync(m_settings.data());
+    }
 }
 
 void ScheduleMonitorService::start() {

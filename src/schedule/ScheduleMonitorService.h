@@ -12,6 +12,7 @@
 namespace vantle {
 
 class AppSettings;
+class PmsetSync;
 class PowerAssertion;
 
 // Watches the clock for the user's weekly power schedules. Sleep and shut down are handed to the
@@ -25,6 +26,8 @@ public:
     ~ScheduleMonitorService() override;
 
     void setSettings(AppSettings* settings);
+    // Where the wake, restart and power-on schedules are handed to the system.
+    void setPmsetSync(PmsetSync* sync);
 
     // Called once per due sleep or shut down schedule, in list order.
     std::function<void(ShutdownSchedule::Action)> onScheduledAction;
@@ -33,6 +36,9 @@ public:
     void start();
     // One evaluation of the schedules against the clock.
     void check();
+    // Brings the system's power schedule in line with the schedules; overlapping requests
+    // collapse into one further run.
+    void syncPmset();
 
     const QSet<QUuid>& lastFiredIDs() const { return m_lastFiredIDs; }
     bool isHoldingAwake() const { return m_holdingAwake; }
@@ -55,6 +61,7 @@ private:
     Clock& m_clock;
     PowerAssertion& m_assertion;
     QPointer<AppSettings> m_settings;
+    QPointer<PmsetSync> m_pmsetSync;
     Timer m_timer;
     QSet<QUuid> m_lastFiredIDs;
     QHash<QUuid, Occurrence> m_firedOccurrences;

@@ -1,10 +1,12 @@
 #include "app/AppDelegate.h"
+#include "fakes/FakeAlerts.h"
 #include "fakes/FakeBundleInfo.h"
 #include "fakes/FakeIdleTime.h"
 #include "fakes/FakeLoginItem.h"
 #include "fakes/FakeNotificationCenter.h"
 #include "fakes/FakePowerActions.h"
 #include "fakes/FakePowerAssertion.h"
+#include "fakes/FakeScriptRunner.h"
 #include "fakes/FakeWorkspace.h"
 #include "fakes/InlineExecutor.h"
 #include "fakes/LogCapture.h"
@@ -52,7 +54,17 @@ struct FakePlatform {
         auto fakePower = std::make_unique<FakePowerActions>();
         power = fakePower.get();
         platform.powerActions = std::move(fakePower);
+        auto fakeScripts = std::make_unique<FakeScriptRunner>();
+        scripts = fakeScripts.get();
+        platform.scripts = std::move(fakeScripts);
+        auto fakeAlerts = std::make_unique<FakeAlerts>();
+        alerts = fakeAlerts.get();
+        platform.alerts = std::move(fakeAlerts);
+        platform.schedulerTool = PowerSchedulerTool::linuxTool(QStringLiteral("/opt/vantle"));
+        platform.userName = QStringLiteral("ada");
     }
+    FakeScriptRunner* scripts;
+    FakeAlerts* alerts;
     FakePowerActions* power;
     ManualClock& clock() { return static_cast<ManualClock&>(*platform.clock); }
     FakeWorkspace* workspace;
