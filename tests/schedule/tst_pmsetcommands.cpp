@@ -1,0 +1,190 @@
+#include "platform/PowerSchedulerTool.h"
+#include "schedule/PmsetCommands.h"
+
+#include <QTest>
+
+using namespace vantle;
+using Action = ShutdownSchedule::Action;
+using Weekday = ShutdownSchedule::Weekday;
+
+namespace {
+// 2026-11-16 is a Monday.
+QDateTime monday(int hour, int minute, int second = 0) {
+    return QDateTime(QDate(2026, 11, 16), QTime(hour, minute, second));
+}
+
+ShutdownSchedule schedule(Action action, std::set<Weekday> days, int hour, int minute,
+                          bool enabled = true) {
+    ShutdownSchedule s;
+    s.action = action;
+    s.days = std::move(days);
+    s.hour = hour;
+    s.minute = minute;
+    s.isEnabled = enabled;
+    return s;
+}
+
+std::set<Weekday> everyDay() {
+    return {ShutdownSchedule::allWeekdays.begin(), ShutdownSchedule::allWeekdays.end()};
+}
+
+QString describe(const ShutdownSchedule& s) {
+    QStringList days;
+    for (const Weekday day : s.days) {
+        days << QString::number(static_cast<int>(day));
+    }
+    return QStringLiteral("%1 %2:%3 [%4]")
+        .arg(rawValue(s.action))
+        .arg(s.hour)
+        .arg(s.minute, 2, 10, QLatin1Char('0'))
+        .arg(days.join(QLatin1Char(',')));
+}
+} // namespace
+
+class TestPmsetCommands : public QObject {
+    Q_OBJECT
+
+private slots:
+    // Scheduler events in list order, then a wake five minutes before every shut down, moved to
+    // the day before when the shut down is just after midnight.
+    void eventListAddsWakesBeforeShutDowns() {
+        const QList<ShutdownSchedule> schedules{
+            schedule(Action::shutdown, {Weekday::sunday}, 0, 3),
+            schedule(Action::wake, {Weekday::monday}, 7, 30),
+            schedule(Action::sleep, {Weekday::monday}, 23, 0),
+            schedule(Action::shutdown, {Weekday::monday, Weekday::friday}, 22, 5),
+            schedule(Action::restart, {Weekday::tuesday}, 3, 0, /*enabled=*/false),
+            schedule(Action::shutdown, {Weekday::monday, Weekday::sunday}, 0, 0),
+            schedule(Action::poweron, {Weekday::saturday}, 6, 0),
+        };
+        QStringList described;
+        for (const ShutdownSchedule& event : schedulerEventList(schedules)) {
+            described << describe(event);
+        }
+        QCOMPARE(described, (QStringList{
+                                QStringLiteral("Wake 7:30 [2]"),
+                                QStringLiteral("Power On 6:00 [7]"),
+                                QStringLiteral("Wake 23:58 [7]"),
+                                QStringLiteral("Wake 22:00 [2,6]"),
+                                QStringLiteral("Wake 23:55 [1,7]"),
+                            }));
+        const QList<ShutdownSchedule> events = schedulerEventList(schedules);
+        QVERIFY(events[2].isEnabled);
+        QVERIFY(events[2].id != schedules[0].id);
+    }
+
+    void nextOccurrenceMoreThanAMinuteAhead_data() {
+        QTest::addColumn<ShutdownSchedule>("event");
+        QTest::addColumn<QDateTime>("now");
+        QTest::addColumn<QStringList>("keys");
+
+        QTest::newRow("30 s ahead is too close: the next day")
+            << schedule(Action::wake, everyDay(), 7, 30) << monday(7, 29, 30)
+            << QStringList{QStringLiteral("wake|11/17/26 07:30:00")};
+        QTest::newRow("61 s ahead is taken")
+            << schedule(Action::wake, everyDay(), 7, 30) << monday(7, 28, 59)
+            << QStringList{QStringLiteral("wake|11/16/26 07:30:00")};
+        QTest::newRow("exactly 60 s ahead is too close")
+            << schedule(Action::restart, {Weekday::monday, Weekday::wednesday}, 7, 30)
+            << monday(7, 29) << QStringList{QStringLiteral("restart|11/18/26 07:30:00")};
+        QTest::newRow("only day is today, already past: a week later is out of reach")
+            << schedule(Action::poweron, {Weekday::monday}, 6, 0) << monday(9, 0) << QStringList{};
+        QTest::newRow("no days") << schedule(Action::wake, {}, 6, 0) << monday(5, 0)
+                                 << QStringList{};
+        QTest::newRow("across the year end")
+            << schedule(Action::poweron, {Weekday::friday}, 8, 5)
+            << QDateTime(QDate(2026, 12, 31), QTime(23, 0))
+            << QStringList{QStringLiteral("poweron|01/01/27 08:05:00")};
+    }
+    void nextOccurrenceMoreThanAMinuteAhead() {
+        QFETCH(ShutdownSchedule, event);
+        QFETCH(QDateTime, now);
+        QFETCH(QStringList, keys);
+        QCOMPARE(desiredSchedulerCommands({event}, now, PowerSchedulerTool::macOS()).keys, keys);
+    }
+
+    // Both platforms' command lines come from the same code; equal events give one command.
+    void commandLinesForEachPlatform() {
+        const QList<ShutdownSchedule> events{
+            schedule(Action::wake, {Weekday::tuesday}, 7, 30),
+            schedule(Action::wake, everyDay(), 7, 30),
+            schedule(Action::restart, {Weekday::tuesday}, 3, 0),
+        };
+        const SchedulerCommands mac =
+            desiredSchedulerCommands(events, monday(9, 0), PowerSchedulerTool::macOS());
+        QCOMPARE(mac.commands,
+                 (QStringList{QStringLiteral("/usr/bin/pmset schedule wake '11/17/26 07:30:00'"),
+                              QStringLiteral("/usr/bin/pmset schedule restart '11/17/26 03:00:00'")}));
+        QCOMPARE(mac.keys, (QStringList{QStringLiteral("wake|11/17/26 07:30:00"),
+                                        QStringLiteral("restart|11/17/26 03:00:00")}));
+
+        const SchedulerCommands linux = desiredSchedulerCommands(
+            events, monday(9, 0), PowerSchedulerTool::linuxTool(QStringLiteral("/opt/vantle")));
+        QCOMPARE(linux.commands.first(),
+                 QStringLiteral("/opt/vantle/vantle-power schedule wake '11/17/26 07:30:00'"));
+        QCOMPARE(linux.keys, mac.keys);
+
+        // An install folder with a space or a quote still makes one shell word.
+        const QStringList odd = cancelSchedulerCommands(
+            {QStringLiteral("wake|11/17/26 07:30:00")},
+            PowerSchedulerTool::linuxTool(QStringLiteral("/home/o'neil/My Apps")));
+        QCOMPARE(odd, QStringList{QStringLiteral("'/home/o'\\''neil/My Apps/vantle-power' "
+                                                 "schedule cancel wake '11/17/26 07:30:00' || true")});
+    }
+
+    void cancelCommandsDropMalformedKeys() {
+        const QStringList keys{
+            QStringLiteral("wake|11/17/26 07:30:00"), QStringLiteral("wake|"),
+            QStringLiteral("|11/17/26 07:30:00"),     QStringLiteral("poweron"),
+            QStringLiteral("a|b|c"),                  QStringLiteral("poweron|11/20/26 06:00:00"),
+        };
+        QCOMPARE(cancelSchedulerCommands(keys, PowerSchedulerTool::macOS()),
+                 (QStringList{
+                     QStringLiteral("/usr/bin/pmset schedule cancel wake '11/17/26 07:30:00' || true"),
+                     QStringLiteral(
+                         "/usr/bin/pmset schedule cancel poweron '11/20/26 06:00:00' || true")}));
+    }
+
+    void listingKeepsOnlyOurEvents_data() {
+        QTest::addColumn<QString>("output");
+        QTest::addColumn<QString>("marker");
+        QTest::addColumn<QStringList>("keys");
+
+        const QString macListing = QStringLiteral(
+            "Scheduled power events:\n"
+            " [0]  wake at 11/17/2026 07:30:00 by 'pmset'\n"
+            " [1]  wakepoweron at 11/18/2026 05:59:30 by 'com.example.alarms'\n"
+            " [2]  restart at 11/18/2026 03:00:00 by 'pmset'\n"
+            " [3]  poweron at 01/02/2027 06:00:00 by 'pmset'\n"
+            " [4]  sleep at 11/19/2026 23:00:00 by 'pmset'\n"
+            " [5]  wake at 11/17/2026 07:30:00 by 'pmset'\n"
+            "Repeating power events:\n"
+            "  wakepoweron at 8:00AM weekdays only\n");
+        QTest::newRow("macOS, with foreign, unknown and repeated lines")
+            << macListing << QStringLiteral("by 'pmset'")
+            << QStringList{QStringLiteral("wake|11/17/26 07:30:00"),
+                           QStringLiteral("restart|11/18/26 03:00:00"),
+                           QStringLiteral("poweron|01/02/27 06:00:00"),
+                           QStringLiteral("wake|11/17/26 07:30:00")};
+        QTest::newRow("another marker sees none of them")
+            << macListing << QStringLiteral("by 'vantle'") << QStringList{};
+        QTest::newRow("Linux tool")
+            << QStringLiteral("Scheduled power events:\r\n"
+                              " [0]  poweron at 11/18/2026 06:00:00 by 'vantle'\n")
+            << QStringLiteral("by 'vantle'")
+            << QStringList{QStringLiteral("poweron|11/18/26 06:00:00")};
+        QTest::newRow("two-digit year is not our pattern")
+            << QStringLiteral(" [0]  wake at 11/17/26 07:30:00 by 'pmset'")
+            << QStringLiteral("by 'pmset'") << QStringList{};
+        QTest::newRow("empty output") << QString() << QStringLiteral("by 'pmset'") << QStringList{};
+    }
+    void listingKeepsOnlyOurEvents() {
+        QFETCH(QString, output);
+        QFETCH(QString, marker);
+        QFETCH(QStringList, keys);
+        QCOMPARE(parseSchedulerListing(output, marker), keys);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPmsetCommands)
+#include "tst_pmsetcommands.moc"
