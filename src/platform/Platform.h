@@ -11,9 +11,9 @@
 #include "platform/PanelPlacement.h"
 #include "platform/PowerActions.h"
 #include "platform/PowerAssertion.h"
+#include "platform/PowerSchedulerTool.h"
 #include "platform/ScriptRunner.h"
 #include "platform/Workspace.h"
-#include "platform/PowerSchedulerTool.h"
 
 #include <functional>
 #include <memory>

@@ -108,8 +108,8 @@ SchedulerCommands desiredSchedulerCommands(const QList<ShutdownSchedule>& events
             if (!seen.contains(key)) {
                 seen.insert(key);
                 desired.keys.append(key);
-                desired.commands.append(QStringLiteral("%1 schedule %2 '%3'")
-                                            .arg(tool.shellPath(), word, dateText));
+                desired.commands.append(
+                    QStringLiteral("%1 schedule %2 '%3'").arg(tool.shellPath(), word, dateText));
             }
             break;
         }

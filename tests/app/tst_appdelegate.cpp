@@ -204,6 +204,50 @@ private slots:
                                     QStringLiteral("Vantle.schedule.now"));
         QCOMPARE(fake.power->calls, QStringList{QStringLiteral("sleep")});
     }
+
+    // The system's power schedule is brought up to date at launch, after each change of the
+    // schedules, on wake and every hour.
+    void powerScheduleFollowsChangesWakeAndTheHour() {
+        using Action = ShutdownSchedule::Action;
+        using Weekday = ShutdownSchedule::Weekday;
+        FakePlatform fake; // Monday 2026-11-16 09:00
+        fake.alerts->answer = {.button = 0};
+        ShutdownSchedule wake;
+        wake.action = Action::wake;
+        wake.days = {Weekday::tuesday};
+        wake.hour = 7;
+        wake.minute = 30;
+        AppDelegate delegate(fake.platform);
+        delegate.settings().setShutdownSchedules({wake});
+        QVERIFY(fake.scripts->administratorRuns.isEmpty());
+
+        delegate.applicationDidFinishLaunching();
+        QCOMPARE(fake.scripts->administratorRuns,
+                 QStringList{
+                     QStringLiteral("/opt/vantle/vantle-power schedule wake '11/17/26 07:30:00'")});
+
+        ShutdownSchedule restart = wake;
+        restart.id = QUuid::createUuid();
+        restart.action = Action::restart;
+        delegate.settings().setShutdownSchedules({wake, restart});
+        QCOMPARE(fake.scripts->administratorRuns.size(), 2);
+
+        // Both events have passed by the time the machine wakes on Tuesday.
+        fake.clock().setNow(QDateTime(QDate(2026, 11, 17), QTime(8, 0)));
+        emit fake.workspace->didWake();
+        QCoreApplication::processEvents();
+        QCOMPARE(fake.scripts->administratorRuns.size(), 3);
+        QVERIFY(delegate.settings().pmsetRegistered().isEmpty());
+
+        // A day on, next Tuesday is within reach; the hourly sync registers it.
+        fake.clock().setNow(QDateTime(QDate(2026, 11, 18), QTime(8, 0)));
+        fake.clock().advance(std::chrono::seconds(3599));
+        QCOMPARE(fake.scripts->administratorRuns.size(), 3);
+        fake.clock().advance(std::chrono::seconds(1));
+        QCOMPARE(fake.scripts->administratorRuns.size(), 4);
+        QCOMPARE(delegate.settings().pmsetRegistered().size(), 2);
+        QCOMPARE(fake.alerts->shown.size(), 1);
+    }
 };
 
 QTEST_MAIN(TestAppDelegate)

@@ -112,9 +112,10 @@ private slots:
         };
         const SchedulerCommands mac =
             desiredSchedulerCommands(events, monday(9, 0), PowerSchedulerTool::macOS());
-        QCOMPARE(mac.commands,
-                 (QStringList{QStringLiteral("/usr/bin/pmset schedule wake '11/17/26 07:30:00'"),
-                              QStringLiteral("/usr/bin/pmset schedule restart '11/17/26 03:00:00'")}));
+        QCOMPARE(
+            mac.commands,
+            (QStringList{QStringLiteral("/usr/bin/pmset schedule wake '11/17/26 07:30:00'"),
+                         QStringLiteral("/usr/bin/pmset schedule restart '11/17/26 03:00:00'")}));
         QCOMPARE(mac.keys, (QStringList{QStringLiteral("wake|11/17/26 07:30:00"),
                                         QStringLiteral("restart|11/17/26 03:00:00")}));
 
@@ -128,21 +129,26 @@ private slots:
         const QStringList odd = cancelSchedulerCommands(
             {QStringLiteral("wake|11/17/26 07:30:00")},
             PowerSchedulerTool::linuxTool(QStringLiteral("/home/o'neil/My Apps")));
-        QCOMPARE(odd, QStringList{QStringLiteral("'/home/o'\\''neil/My Apps/vantle-power' "
-                                                 "schedule cancel wake '11/17/26 07:30:00' || true")});
+        QCOMPARE(odd,
+                 QStringList{QStringLiteral("'/home/o'\\''neil/My Apps/vantle-power' "
+                                            "schedule cancel wake '11/17/26 07:30:00' || true")});
     }
 
     void cancelCommandsDropMalformedKeys() {
         const QStringList keys{
-            QStringLiteral("wake|11/17/26 07:30:00"), QStringLiteral("wake|"),
-            QStringLiteral("|11/17/26 07:30:00"),     QStringLiteral("poweron"),
-            QStringLiteral("a|b|c"),                  QStringLiteral("poweron|11/20/26 06:00:00"),
+            QStringLiteral("wake|11/17/26 07:30:00"),
+            QStringLiteral("wake|"),
+            QStringLiteral("|11/17/26 07:30:00"),
+            QStringLiteral("poweron"),
+            QStringLiteral("a|b|c"),
+            QStringLiteral("poweron|11/20/26 06:00:00"),
         };
-        QCOMPARE(cancelSchedulerCommands(keys, PowerSchedulerTool::macOS()),
-                 (QStringList{
-                     QStringLiteral("/usr/bin/pmset schedule cancel wake '11/17/26 07:30:00' || true"),
-                     QStringLiteral(
-                         "/usr/bin/pmset schedule cancel poweron '11/20/26 06:00:00' || true")}));
+        QCOMPARE(
+            cancelSchedulerCommands(keys, PowerSchedulerTool::macOS()),
+            (QStringList{
+                QStringLiteral("/usr/bin/pmset schedule cancel wake '11/17/26 07:30:00' || true"),
+                QStringLiteral(
+                    "/usr/bin/pmset schedule cancel poweron '11/20/26 06:00:00' || true")}));
     }
 
     void listingKeepsOnlyOurEvents_data() {
@@ -150,16 +156,16 @@ private slots:
         QTest::addColumn<QString>("marker");
         QTest::addColumn<QStringList>("keys");
 
-        const QString macListing = QStringLiteral(
-            "Scheduled power events:\n"
-            " [0]  wake at 11/17/2026 07:30:00 by 'pmset'\n"
-            " [1]  wakepoweron at 11/18/2026 05:59:30 by 'com.example.alarms'\n"
-            " [2]  restart at 11/18/2026 03:00:00 by 'pmset'\n"
-            " [3]  poweron at 01/02/2027 06:00:00 by 'pmset'\n"
-            " [4]  sleep at 11/19/2026 23:00:00 by 'pmset'\n"
-            " [5]  wake at 11/17/2026 07:30:00 by 'pmset'\n"
-            "Repeating power events:\n"
-            "  wakepoweron at 8:00AM weekdays only\n");
+        const QString macListing =
+            QStringLiteral("Scheduled power events:\n"
+                           " [0]  wake at 11/17/2026 07:30:00 by 'pmset'\n"
+                           " [1]  wakepoweron at 11/18/2026 05:59:30 by 'com.example.alarms'\n"
+                           " [2]  restart at 11/18/2026 03:00:00 by 'pmset'\n"
+                           " [3]  poweron at 01/02/2027 06:00:00 by 'pmset'\n"
+                           " [4]  sleep at 11/19/2026 23:00:00 by 'pmset'\n"
+                           " [5]  wake at 11/17/2026 07:30:00 by 'pmset'\n"
+                           "Repeating power events:\n"
+                           "  wakepoweron at 8:00AM weekdays only\n");
         QTest::newRow("macOS, with foreign, unknown and repeated lines")
             << macListing << QStringLiteral("by 'pmset'")
             << QStringList{QStringLiteral("wake|11/17/26 07:30:00"),

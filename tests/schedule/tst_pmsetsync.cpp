@@ -115,8 +115,9 @@ private slots:
         QTest::newRow("password prompt cancelled")
             << 0 << ScriptOutcome::failure(-128, QStringLiteral("User canceled."))
             << QStringLiteral("Vantle: pmset sync failed: User canceled. (-128)");
-        QTest::newRow("script failed") << 0 << ScriptOutcome::failure(1, std::nullopt)
-                                       << QStringLiteral("Vantle: pmset sync failed: no message (1)");
+        QTest::newRow("script failed")
+            << 0 << ScriptOutcome::failure(1, std::nullopt)
+            << QStringLiteral("Vantle: pmset sync failed: no message (1)");
     }
     void cancelledOrFailedRunKeepsTheRegisteredEvents() {
         QFETCH(int, button);
@@ -137,15 +138,19 @@ private slots:
     void passwordlessPath() {
         InlineRig rig({schedule(Action::wake, {Weekday::tuesday}, 7, 30)});
         rig.settings.setPmsetAlwaysAllow(true);
-        rig.settings.setPmsetRegistered({QStringLiteral("wake|"), QStringLiteral("restart|11/16/26 03:00:00")});
+        rig.settings.setPmsetRegistered(
+            {QStringLiteral("wake|"), QStringLiteral("restart|11/16/26 03:00:00")});
         rig.scripts.existingFiles.insert(kRule);
         rig.sync();
         QVERIFY(rig.alerts.shown.isEmpty());
         QVERIFY(rig.scripts.administratorRuns.isEmpty());
-        QCOMPARE(rig.scripts.plainRuns,
-                 QStringList{QStringLiteral(
-                     "/usr/bin/sudo -n /usr/bin/pmset schedule cancel restart '11/16/26 03:00:00' "
-                     "|| true; /usr/bin/sudo -n ") + kScheduleTuesdayWake});
+        QCOMPARE(
+            rig.scripts.plainRuns,
+            QStringList{
+                QStringLiteral(
+                    "/usr/bin/sudo -n /usr/bin/pmset schedule cancel restart '11/16/26 03:00:00' "
+                    "|| true; /usr/bin/sudo -n ") +
+                kScheduleTuesdayWake});
         QCOMPARE(rig.settings.pmsetRegistered(), QStringList{kTuesdayWake});
         QVERIFY(rig.settings.pmsetAlwaysAllow());
 
@@ -155,8 +160,9 @@ private slots:
         };
         rig.sync();
         QCOMPARE(rig.settings.pmsetRegistered(), QStringList{kTuesdayWake});
-        QCOMPARE(rig.log.lines, QStringList{QStringLiteral(
-                                    "Vantle: pmset sync failed: sudo: a password is required (1)")});
+        QCOMPARE(rig.log.lines,
+                 QStringList{QStringLiteral(
+                     "Vantle: pmset sync failed: sudo: a password is required (1)")});
     }
 
     // Who turns Always Allow on or off at the end of a run, including the kept quirk: a run
@@ -167,14 +173,14 @@ private slots:
         QTest::addColumn<bool>("tickBox");
         QTest::addColumn<bool>("settingAfter");
         QTest::addColumn<bool>("loggedGone");
-        QTest::newRow("on, rule gone: password path, turned off") << true << false << false
-                                                                  << false << true;
+        QTest::newRow("on, rule gone: password path, turned off")
+            << true << false << false << false << true;
         QTest::newRow("off, no rule, box ticked: installed, yet ends off")
             << false << false << true << false << true;
-        QTest::newRow("off, rule present, box ticked: turned on") << false << true << true << true
-                                                                  << false;
-        QTest::newRow("off, no rule, box not ticked: stays off") << false << false << false
-                                                                 << false << false;
+        QTest::newRow("off, rule present, box ticked: turned on")
+            << false << true << true << true << false;
+        QTest::newRow("off, no rule, box not ticked: stays off")
+            << false << false << false << false << false;
     }
     void alwaysAllowFollowsTheRule() {
         QFETCH(bool, settingBefore);
@@ -226,9 +232,10 @@ private slots:
         rig.sync();
         QCOMPARE(rig.scripts.plainRuns.size(), 1);
         QCOMPARE(rig.scripts.administratorRuns,
-                 QStringList{QStringLiteral(
-                     "/usr/bin/pmset schedule cancel poweron '11/20/26 06:00:00' || true; ") +
-                             kScheduleTuesdayWake});
+                 QStringList{
+                     QStringLiteral(
+                         "/usr/bin/pmset schedule cancel poweron '11/20/26 06:00:00' || true; ") +
+                     kScheduleTuesdayWake});
     }
 
     void noAdoptionWhenEventsAreAlreadyRegistered() {
@@ -278,8 +285,8 @@ private slots:
         ManualExecutor executor;
         FakeScriptRunner scripts;
         FakeAlerts alerts;
-        PrivilegedRunner runner{scripts, alerts, PowerSchedulerTool::macOS(),
-                                ProductTexts::macOS(), QStringLiteral("ada")};
+        PrivilegedRunner runner{scripts, alerts, PowerSchedulerTool::macOS(), ProductTexts::macOS(),
+                                QStringLiteral("ada")};
         auto pmset = std::make_unique<PmsetSync>(clock, executor, scripts, runner, store);
         pmset->sync(&settings);
         pmset.reset();

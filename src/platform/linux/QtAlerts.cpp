@@ -23,8 +23,8 @@ AlertResponse QtAlerts::runModal(const AlertRequest& request) {
     for (qsizetype i = 0; i < request.buttons.size(); ++i) {
         // The first button is the default; the last one is what Escape and closing pick.
         const bool last = i == request.buttons.size() - 1 && i > 0;
-        QPushButton* button = box.addButton(
-            request.buttons[i], last ? QMessageBox::RejectRole : QMessageBox::AcceptRole);
+        QPushButton* button = box.addButton(request.buttons[i], last ? QMessageBox::RejectRole
+                                                                     : QMessageBox::AcceptRole);
         buttons.append(button);
         if (i == 0) {
             box.setDefaultButton(button);
