@@ -1,3 +1,4 @@
+#include "fakes/Schedules.h"
 #include "platform/PowerSchedulerTool.h"
 #include "schedule/PmsetCommands.h"
 
@@ -11,17 +12,6 @@ namespace {
 // 2026-11-16 is a Monday.
 QDateTime monday(int hour, int minute, int second = 0) {
     return QDateTime(QDate(2026, 11, 16), QTime(hour, minute, second));
-}
-
-ShutdownSchedule schedule(Action action, std::set<Weekday> days, int hour, int minute,
-                          bool enabled = true) {
-    ShutdownSchedule s;
-    s.action = action;
-    s.days = std::move(days);
-    s.hour = hour;
-    s.minute = minute;
-    s.isEnabled = enabled;
-    return s;
 }
 
 std::set<Weekday> everyDay() {

@@ -6,6 +6,7 @@
 #include "fakes/ManualClock.h"
 #include "fakes/ManualExecutor.h"
 #include "fakes/MemoryDefaultsStore.h"
+#include "fakes/Schedules.h"
 #include "model/AppSettings.h"
 #include "model/ProductTexts.h"
 #include "schedule/PmsetSync.h"
@@ -24,15 +25,6 @@ const QString kTuesdayWake = QStringLiteral("wake|11/17/26 07:30:00");
 const QString kScheduleTuesdayWake =
     QStringLiteral("/usr/bin/pmset schedule wake '11/17/26 07:30:00'");
 const QString kListing = QStringLiteral("/usr/bin/pmset -g sched");
-
-ShutdownSchedule schedule(Action action, std::set<Weekday> days, int hour, int minute) {
-    ShutdownSchedule s;
-    s.action = action;
-    s.days = std::move(days);
-    s.hour = hour;
-    s.minute = minute;
-    return s;
-}
 
 AlertResponse answer(int button, bool checked = false) {
     return {.button = button, .checkBoxChecked = checked};

@@ -2,6 +2,7 @@
 #include "fakes/FakePowerAssertion.h"
 #include "fakes/ManualClock.h"
 #include "fakes/MemoryDefaultsStore.h"
+#include "fakes/Schedules.h"
 #include "model/AppSettings.h"
 #include "model/ProductTexts.h"
 #include "schedule/ScheduleMonitorService.h"
@@ -23,17 +24,6 @@ QDateTime monday(int hour, int minute, int second = 0) {
 QDateTime berlin(int month, int day, int hour, int minute, int second = 0) {
     return QDateTime(QDate(2026, month, day), QTime(hour, minute, second),
                      QTimeZone("Europe/Berlin"));
-}
-
-ShutdownSchedule schedule(Action action, std::set<Weekday> days, int hour, int minute,
-                          bool enabled = true) {
-    ShutdownSchedule s;
-    s.action = action;
-    s.days = std::move(days);
-    s.hour = hour;
-    s.minute = minute;
-    s.isEnabled = enabled;
-    return s;
 }
 
 struct Rig {
