@@ -51,9 +51,9 @@ AppDelegate::AppDelegate(Platform& platform, QObject* parent)
     , m_scheduleWarning(new ScheduleWarningService(
           *platform.notifications, *m_notificationAuthority, *platform.clock,
           std::make_unique<ScheduleCountdownWindow>(*platform.panelPlacement), this))
-    , m_privilegedRunner(std::make_unique<PrivilegedRunner>(
-          *platform.scripts, *platform.alerts, platform.schedulerTool, *platform.texts,
-          platform.userName))
+    , m_privilegedRunner(std::make_unique<PrivilegedRunner>(*platform.scripts, *platform.alerts,
+                                                            platform.schedulerTool, *platform.texts,
+                                                            platform.userName))
     , m_pmsetSync(new PmsetSync(*platform.clock, *platform.executor, *platform.scripts,
                                 *m_privilegedRunner, *platform.defaults, this)) {
     m_platform.otherAppsStillRunning = [self = QPointer<AppDelegate>(this)] {
@@ -131,14 +131,9 @@ void AppDelegate::applicationDidFinishLaunching() {
             &ScheduleMonitorService::syncPmset);
     connect(m_platform.workspace.get(), &Workspace::didWake, m_scheduleMonitor,
             &ScheduleMonitorService::syncPmset, Qt::QueuedConnection);
+    // The handle is a member, so the timer cannot outlive the delegate.
     m_hourlySync = m_platform.clock->repeating(
-        kResyncInterval,
-        [self] {
-            if (self) {
-                self->m_scheduleMonitor->syncPmset();
-            }
-        },
-        kResyncTolerance);
+        kResyncInterval, [this] { m_scheduleMonitor->syncPmset(); }, kResyncTolerance);
 }
 
 void AppDelegate::handleCommand(AppCommand command) {

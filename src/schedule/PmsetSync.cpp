@@ -110,7 +110,8 @@ PmsetSync::Prepared PmsetSync::prepare(const Work& work, ScriptRunner& scripts) 
             logLine(QStringLiteral("pmset sync failed: ") + outcome.description());
             prepared.finished = Result{.keys = prepared.registered};
         } else {
-            prepared.finished = Result{.keys = desired.keys, .ruleMissing = !prepared.ruleExists};
+            // This path is only taken with the rule in place, so nothing is missing.
+            prepared.finished = Result{.keys = desired.keys};
         }
         return prepared;
     }
