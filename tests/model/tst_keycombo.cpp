@@ -1,0 +1,50 @@
+#include "model/KeyCombo.h"
+
+#include <QTest>
+
+using namespace vantle;
+using namespace Qt::StringLiterals;
+
+class TestKeyCombo : public QObject {
+    Q_OBJECT
+
+private slots:
+    // The key caps both platforms show, and the masks the macOS calls and menus take.
+    void bindings_data() {
+        QTest::addColumn<AppCommand>("command");
+        QTest::addColumn<QString>("mac");
+        QTest::addColumn<QString>("linux");
+        QTest::addColumn<quint32>("hotKeyMask");
+        QTest::addColumn<quint64>("menuMask");
+        QTest::addColumn<int>("keyCode");
+        const auto row = [](AppCommand c, QString mac, QString linux, quint32 hot, quint64 menu,
+                            int code) {
+            QTest::newRow(qPrintable(rawValue(c))) << c << mac << linux << hot << menu << code;
+        };
+        row(AppCommand::quitAllApps, u"⌃⌥⌘Q"_s, u"Ctrl+Alt+Super+Q"_s, 0x1900, 0x1C0000, 12);
+        row(AppCommand::sleep, u"⌃⌥⌘S"_s, u"Ctrl+Alt+Super+S"_s, 0x1900, 0x1C0000, 1);
+        row(AppCommand::restart, u"⌃⌥⌘R"_s, u"Ctrl+Alt+Super+R"_s, 0x1900, 0x1C0000, 15);
+        row(AppCommand::shutDown, u"⌃⌥⌘D"_s, u"Ctrl+Alt+Super+D"_s, 0x1900, 0x1C0000, 2);
+        row(AppCommand::focusSearch, u"⌘F"_s, u"Ctrl+F"_s, 0x100, 0x100000, -1);
+        row(AppCommand::selectAll, u"⇧⌘A"_s, u"Shift+Ctrl+A"_s, 0x300, 0x120000, -1);
+        row(AppCommand::quitSelected, u"⌘↩"_s, u"Ctrl+Enter"_s, 0x100, 0x100000, -1);
+    }
+    void bindings() {
+        QFETCH(AppCommand, command);
+        const CommandBinding& binding = commandBinding(command);
+        QCOMPARE(binding.command, command);
+        QCOMPARE(binding.keyCap(KeyCapStyle::macOS), QFETCH(QString, mac));
+        QCOMPARE(binding.keyCap(KeyCapStyle::linuxDesktop), QFETCH(QString, linux));
+        QCOMPARE(binding.combo.hotKeyModifierMask(), QFETCH(quint32, hotKeyMask));
+        QCOMPARE(binding.combo.menuModifierMask(), QFETCH(quint64, menuMask));
+        const int keyCode = QFETCH(int, keyCode);
+        QCOMPARE(binding.combo.carbonKeyCode.has_value(), keyCode >= 0);
+        QCOMPARE(binding.combo.carbonKeyCode.has_value(), isGlobalCommand(command));
+        if (keyCode >= 0) {
+            QCOMPARE(*binding.combo.carbonKeyCode, quint32(keyCode));
+        }
+    }
+};
+
+QTEST_APPLESS_MAIN(TestKeyCombo)
+#include "tst_keycombo.moc"
