@@ -4,7 +4,7 @@
 function(add_vantle_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBS;LABELS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
-  target_link_libraries(${name} PRIVATE vantle_core vantle_fakes Qt6::Test ${ARG_LIBS})
+  target_link_libraries(${name} PRIVATE vantle_app vantle_fakes Qt6::Test ${ARG_LIBS})
   vantle_set_warnings(${name})
   add_test(NAME ${name} COMMAND ${name})
   set(home "${CMAKE_CURRENT_BINARY_DIR}/${name}.home")

@@ -2,7 +2,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/AppListing.h"
-#include "app/PlatformFactory.h"
+#include "platform/PlatformFactory.h"
 #include "app/TerminationSignals.h"
 #include "model/AppSettings.h"
 #include "monitor/AppMonitorService.h"

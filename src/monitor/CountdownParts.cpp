@@ -14,13 +14,6 @@
 
 namespace vantle {
 
-int wholeWarningSeconds(double seconds) {
-    if (!std::isfinite(seconds)) {
-        return kDefaultWarningSeconds;
-    }
-    return static_cast<int>(std::trunc(std::clamp(seconds, -1.0e9, 1.0e9)));
-}
-
 QPixmap tintedSymbol(const QIcon& icon, int size, qreal devicePixelRatio) {
     QPixmap pixmap = icon.pixmap(QSize(size, size), devicePixelRatio);
     // Tint whatever shape we got: only its alpha is kept.

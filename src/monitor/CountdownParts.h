@@ -1,5 +1,7 @@
 #pragma once
 
+#include "system/WarningSeconds.h"
+
 #include <QColor>
 #include <QFont>
 #include <QIcon>
@@ -13,12 +15,6 @@ namespace vantle {
 class PanelPlacement;
 
 // Pieces shared by the warning services and their countdown panels.
-
-// Used when no settings store is around, or the stored length makes no sense.
-constexpr int kDefaultWarningSeconds = 60;
-// The stored warning length in whole seconds, truncated toward zero; a hand-edited absurd value
-// cannot overflow.
-int wholeWarningSeconds(double seconds);
 
 // The panels' symbol colour.
 inline const QColor kCountdownOrange(255, 149, 0);

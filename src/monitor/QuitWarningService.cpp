@@ -2,7 +2,7 @@
 
 #include "model/AppSettings.h"
 #include "model/QuitWarningStyle.h"
-#include "monitor/CountdownParts.h"
+#include "system/WarningSeconds.h"
 #include "monitor/CountdownPresenter.h"
 #include "platform/NotificationCenter.h"
 #include "system/NotificationAuthority.h"

@@ -1,7 +1,7 @@
 #include "schedule/ScheduleWarningService.h"
 
 #include "model/QuitWarningStyle.h"
-#include "monitor/CountdownParts.h"
+#include "system/WarningSeconds.h"
 #include "platform/NotificationCenter.h"
 #include "schedule/ScheduleCountdownPresenter.h"
 #include "system/NotificationAuthority.h"

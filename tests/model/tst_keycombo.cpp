@@ -13,13 +13,13 @@ private slots:
     void bindings_data() {
         QTest::addColumn<AppCommand>("command");
         QTest::addColumn<QString>("mac");
-        QTest::addColumn<QString>("linux");
+        QTest::addColumn<QString>("onLinux");
         QTest::addColumn<quint32>("hotKeyMask");
         QTest::addColumn<quint64>("menuMask");
         QTest::addColumn<int>("keyCode");
-        const auto row = [](AppCommand c, QString mac, QString linux, quint32 hot, quint64 menu,
+        const auto row = [](AppCommand c, QString mac, QString onLinux, quint32 hot, quint64 menu,
                             int code) {
-            QTest::newRow(qPrintable(rawValue(c))) << c << mac << linux << hot << menu << code;
+            QTest::newRow(qPrintable(rawValue(c))) << c << mac << onLinux << hot << menu << code;
         };
         row(AppCommand::quitAllApps, u"⌃⌥⌘Q"_s, u"Ctrl+Alt+Super+Q"_s, 0x1900, 0x1C0000, 12);
         row(AppCommand::sleep, u"⌃⌥⌘S"_s, u"Ctrl+Alt+Super+S"_s, 0x1900, 0x1C0000, 1);
@@ -31,13 +31,17 @@ private slots:
     }
     void bindings() {
         QFETCH(AppCommand, command);
+        QFETCH(QString, mac);
+        QFETCH(QString, onLinux);
+        QFETCH(quint32, hotKeyMask);
+        QFETCH(quint64, menuMask);
+        QFETCH(int, keyCode);
         const CommandBinding& binding = commandBinding(command);
         QCOMPARE(binding.command, command);
-        QCOMPARE(binding.keyCap(KeyCapStyle::macOS), QFETCH(QString, mac));
-        QCOMPARE(binding.keyCap(KeyCapStyle::linuxDesktop), QFETCH(QString, linux));
-        QCOMPARE(binding.combo.hotKeyModifierMask(), QFETCH(quint32, hotKeyMask));
-        QCOMPARE(binding.combo.menuModifierMask(), QFETCH(quint64, menuMask));
-        const int keyCode = QFETCH(int, keyCode);
+        QCOMPARE(binding.keyCap(KeyCapStyle::macOS), mac);
+        QCOMPARE(binding.keyCap(KeyCapStyle::linuxDesktop), onLinux);
+        QCOMPARE(binding.combo.hotKeyModifierMask(), hotKeyMask);
+        QCOMPARE(binding.combo.menuModifierMask(), menuMask);
         QCOMPARE(binding.combo.carbonKeyCode.has_value(), keyCode >= 0);
         QCOMPARE(binding.combo.carbonKeyCode.has_value(), isGlobalCommand(command));
         if (keyCode >= 0) {

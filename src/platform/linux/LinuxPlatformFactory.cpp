@@ -1,4 +1,4 @@
-#include "app/PlatformFactory.h"
+#include "platform/PlatformFactory.h"
 
 #include "model/ProductTexts.h"
 #include "platform/SystemClock.h"
