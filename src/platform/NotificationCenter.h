@@ -66,6 +66,8 @@ public:
     // Asks the user once for permission to post alerts; `done` gets whether it was granted (an
     // error counts as no).
     virtual void requestAuthorization(std::function<void(bool granted)> done) = 0;
+    // Opens the system's notification settings for this app; false when it could not.
+    virtual bool openSettings() = 0;
 
 signals:
     // The user chose an action (a button, or the body for kDefaultActionIdentifier).

@@ -1,6 +1,7 @@
 #include "platform/linux/FreedesktopNotificationCenter.h"
 
 #include "platform/Log.h"
+#include "platform/linux/DesktopNotificationSettings.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -213,6 +214,10 @@ void FreedesktopNotificationCenter::serverOwnerChanged(const QString& service,
         ++m_epoch;
     }
     emit authorizationMayHaveChanged();
+}
+
+bool FreedesktopNotificationCenter::openSettings() {
+    return openDesktopNotificationSettings();
 }
 
 } // namespace vantle
