@@ -18,7 +18,7 @@
 
 #include <QCoreApplication>
 #include <QPointer>
-#include <QSet>
+#include <algorithm>
 
 namespace vantle {
 
@@ -43,8 +43,7 @@ AppDelegate::AppDelegate(Platform& platform, QObject* parent)
                                  *platform.texts, this))
     , m_autoQuit(new AutoQuitManager(*platform.workspace, *platform.clock, this))
     , m_scheduleMonitor(new ScheduleMonitorService(*platform.clock, *platform.powerAssertion, this))
-    , m_notificationAuthority(new NotificationAuthority(*platform.notifications,
-                                                        platform.openNotificationSettings, this))
+    , m_notificationAuthority(new NotificationAuthority(*platform.notifications, this))
     , m_quitWarning(new QuitWarningService(
           *platform.notifications, *m_notificationAuthority, *platform.clock,
           std::make_unique<AutoQuitCountdownWindow>(*platform.panelPlacement), this))
@@ -55,13 +54,7 @@ AppDelegate::AppDelegate(Platform& platform, QObject* parent)
                                                             platform.schedulerTool, *platform.texts,
                                                             platform.userName))
     , m_pmsetSync(new PmsetSync(*platform.clock, *platform.executor, *platform.scripts,
-                                *m_privilegedRunner, *platform.defaults, this)) {
-    m_platform.otherAppsStillRunning = [self = QPointer<AppDelegate>(this)] {
-        return self &&
-               std::any_of(self->m_askedToQuit.cbegin(), self->m_askedToQuit.cend(),
-                           [](const RunningApplicationRef& app) { return !app->isTerminated(); });
-    };
-}
+                                *m_privilegedRunner, *platform.defaults, this)) {}
 
 AppDelegate::~AppDelegate() = default;
 
@@ -73,18 +66,28 @@ void AppDelegate::applicationDidFinishLaunching() {
             logLine(QStringLiteral("could not re-create the login item: %1").arg(error));
         }
     }
+    // Every callback installed below holds the delegate weakly and does nothing once it is gone.
+    wireAutoQuit();
+    wireWarnings();
+    wireSchedules();
+}
 
+void AppDelegate::wireAutoQuit() {
     m_autoQuit->setAppMonitor(m_appMonitor);
     m_autoQuit->setIdleMonitor(m_idleMonitor);
     m_autoQuit->setSettings(m_settings);
-    // Every callback holds the delegate weakly and does nothing once it is gone.
     QPointer<AppDelegate> self(this);
-    m_autoQuit->onAppsReadyToQuit = [self](const QList<AppInfo>& apps) {
+    m_autoQuit->onAppsReadyToQuit = [self](const QList<AppInfo>& apps, AutoQuitTrigger) {
         if (self) {
             self->m_quitWarning->present(apps);
         }
     };
+    m_autoQuit->start();
+    m_idleMonitor->start(kIdleSampleSeconds);
+}
 
+void AppDelegate::wireWarnings() {
+    QPointer<AppDelegate> self(this);
     m_quitWarning->setSettings(m_settings);
     m_quitWarning->onQuit = [self](const QList<AppInfo>& apps) {
         if (self) {
@@ -93,10 +96,9 @@ void AppDelegate::applicationDidFinishLaunching() {
     };
     m_quitWarning->onCancel = [self](const QList<AppInfo>& apps) {
         if (self) {
-            self->markJustActive(apps);
+            self->m_appMonitor->markJustActive(apps);
         }
     };
-
     m_quitWarning->registerCategory();
     m_scheduleWarning->registerCategory();
     // The quit warning receives every notification response; the schedule warning's come
@@ -112,10 +114,10 @@ void AppDelegate::applicationDidFinishLaunching() {
             self->proceed(action);
         }
     };
+}
 
-    m_autoQuit->start();
-    m_idleMonitor->start(kIdleSampleSeconds);
-
+void AppDelegate::wireSchedules() {
+    QPointer<AppDelegate> self(this);
     m_scheduleMonitor->setSettings(m_settings);
     m_scheduleMonitor->onScheduledAction = [self](ShutdownSchedule::Action action) {
         if (self) {
@@ -160,21 +162,8 @@ void AppDelegate::handleCommand(AppCommand command) {
 
 void AppDelegate::quitAllApps() {
     // Remember whom quit-all asks, so a restart can tell when they have gone.
-    const QSet<QString> excluded(m_settings->excludedBundleIDs().cbegin(),
-                                 m_settings->excludedBundleIDs().cend());
-    const qint32 self = static_cast<qint32>(QCoreApplication::applicationPid());
-    m_askedToQuit.clear();
-    for (const RunningApplicationRef& app : m_platform.workspace->runningApplications()) {
-        const auto bundle = app ? app->bundleIdentifier() : std::nullopt;
-        if (!app || app->processIdentifier() == self ||
-            (m_settings->protectMenuBarApps() &&
-             app->activationPolicy() != ActivationPolicy::regular) ||
-            (bundle && excluded.contains(*bundle))) {
-            continue;
-        }
-        m_askedToQuit.append(app);
-    }
-    m_appMonitor->quitAll(false, m_settings->excludedBundleIDs(), m_settings->protectMenuBarApps());
+    m_askedToQuit = m_appMonitor->quitAll(false, m_settings->excludedBundleIDs(),
+                                          m_settings->protectMenuBarApps());
 }
 
 void AppDelegate::proceed(ShutdownSchedule::Action action) {
@@ -188,10 +177,13 @@ void AppDelegate::proceed(ShutdownSchedule::Action action) {
 }
 
 void AppDelegate::performWhenAppsHaveQuit(ShutdownSchedule::Action action, int secondsLeft) {
-    if (secondsLeft <= 0 || !m_platform.otherAppsStillRunning()) {
+    const bool stillRunning =
+        std::any_of(m_askedToQuit.cbegin(), m_askedToQuit.cend(),
+                    [](const RunningApplicationRef& app) { return !app->isTerminated(); });
+    if (secondsLeft <= 0 || !stillRunning) {
         m_powerActionWait.reset();
         // The power actions themselves refuse, and say so, if apps with unsaved work remain.
-        performPowerAction(action, *m_platform.powerActions);
+        performPowerAction(action, *m_platform.powerActions, m_askedToQuit);
         return;
     }
     m_powerActionWait =
@@ -207,7 +199,7 @@ void AppDelegate::quitApps(const QList<AppInfo>& apps) {
             return;
         }
         // Their idle time starts over, so they are not asked again a minute later.
-        self->markJustActive(stillRunning);
+        self->m_appMonitor->markJustActive(stillRunning);
         self->m_quitWarning->reportRefused(stillRunning);
         QStringList names;
         for (const AppInfo& app : stillRunning) {
@@ -215,10 +207,6 @@ void AppDelegate::quitApps(const QList<AppInfo>& apps) {
         }
         logLine(QStringLiteral("would not quit: %1").arg(names.join(QStringLiteral(", "))));
     });
-}
-
-void AppDelegate::markJustActive(const QList<AppInfo>& apps) {
-    m_appMonitor->markJustActive(apps);
 }
 
 } // namespace vantle

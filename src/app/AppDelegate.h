@@ -50,8 +50,12 @@ public:
     void handleCommand(AppCommand command);
 
 private:
+    // The wiring of applicationDidFinishLaunching(), one feature each.
+    void wireAutoQuit();
+    void wireWarnings();
+    void wireSchedules();
+
     void quitApps(const QList<AppInfo>& apps);
-    void markJustActive(const QList<AppInfo>& apps);
     void quitAllApps();
     void proceed(ShutdownSchedule::Action action);
     void performWhenAppsHaveQuit(ShutdownSchedule::Action action, int secondsLeft);

@@ -40,8 +40,9 @@ public:
     // none). The apps are followed by process instance, so a reused pid is not mistaken for one.
     void quit(const QList<AppInfo>& apps, std::function<void(QList<AppInfo>)> completion);
     // Quits (or forces) every other app except the excluded bundles and, when protected, the
-    // menu-bar and faceless ones. Refusals are not reported.
-    void quitAll(bool force, const QStringList& excludedBundleIDs, bool protectMenuBarApps);
+    // menu-bar and faceless ones, and returns the apps it asked. Refusals are not reported.
+    QList<RunningApplicationRef> quitAll(bool force, const QStringList& excludedBundleIDs,
+                                         bool protectMenuBarApps);
     // Refreshes 0.8 s from now, giving quitting apps time to leave the list.
     void refreshAfterQuit();
     // Restarts the idle time of these apps from now.

@@ -3,6 +3,7 @@
 #include "model/AppSettings.h"
 #include "monitor/AppMonitorService.h"
 #include "monitor/IdleMonitorService.h"
+#include "monitor/QuitExemptions.h"
 #include "platform/Workspace.h"
 
 namespace vantle {
@@ -52,20 +53,16 @@ void AutoQuitManager::sweepIdleSession() {
     m_idleQuitFired = true;
 
     // The frontmost app is included: nobody is using it either.
-    const bool protectMenuBarApps = m_settings->protectMenuBarApps();
-    const QStringList excluded = m_settings->excludedBundleIDs();
+    const QuitExemptions exemptions(m_settings->excludedBundleIDs(),
+                                    m_settings->protectMenuBarApps());
     QList<AppInfo> batch;
     for (const AppInfo& app : m_appMonitor->runningApps()) {
-        if (protectMenuBarApps && app.isBackground) {
-            continue;
+        if (!exemptions.spares(app.bundleIdentifier, app.isBackground)) {
+            batch.append(app);
         }
-        if (app.bundleIdentifier && excluded.contains(*app.bundleIdentifier)) {
-            continue;
-        }
-        batch.append(app);
     }
     if (!batch.isEmpty() && onAppsReadyToQuit) {
-        onAppsReadyToQuit(batch);
+        onAppsReadyToQuit(batch, AutoQuitTrigger::idleSweep);
     }
 }
 
@@ -101,7 +98,7 @@ void AutoQuitManager::applyRules() {
         }
     }
     if (!batch.isEmpty() && onAppsReadyToQuit) {
-        onAppsReadyToQuit(batch);
+        onAppsReadyToQuit(batch, AutoQuitTrigger::rule);
     }
 }
 

@@ -38,8 +38,6 @@ struct Platform {
     std::unique_ptr<PanelPlacement> panelPlacement;
     std::unique_ptr<PowerAssertion> powerAssertion;
     std::unique_ptr<PowerActions> powerActions;
-    // Set by the app: whether apps it asked to quit before a restart or shut down still run.
-    std::function<bool()> otherAppsStillRunning;
     // Shell scripts, plain and as the administrator, and the alerts that explain the prompt.
     std::unique_ptr<ScriptRunner> scripts;
     std::unique_ptr<Alerts> alerts;
@@ -48,8 +46,6 @@ struct Platform {
     QString userName;
     // The app and the diagnostics (which report the notification status).
     std::unique_ptr<NotificationCenter> notifications;
-    // Opens the desktop's notification settings; false when it could not.
-    std::function<bool()> openNotificationSettings;
     const ProductTexts* texts = nullptr;
 };
 

@@ -183,6 +183,9 @@ private slots:
         fake.workspace->exit(200);            // the user saved and it quit
         fake.clock().advance(std::chrono::seconds(1));
         QCOMPARE(fake.power->calls, QStringList{QStringLiteral("shutDown")});
+        // The power action is told exactly whom quit-all asked, so it can refuse if they remain.
+        QCOMPARE(fake.power->askedToQuit.size(), 1);
+        QCOMPARE(fake.power->askedToQuit.first()->processIdentifier(), 200);
         fake.clock().advance(std::chrono::seconds(60));
         QCOMPARE(fake.power->calls.size(), 1);
 

@@ -1,3 +1,4 @@
+#include "fakes/FakeWorkspace.h"
 #include "fakes/LogCapture.h"
 #include "platform/linux/LogindPowerActions.h"
 #include "platform/linux/LogindSleepWatcher.h"
@@ -35,6 +36,16 @@ public slots:
 } // namespace
 
 // Drives logind (python-dbusmock) on a private bus that stands in for both system and session bus.
+// Counts a D-Bus signal, which can only be connected by slot name.
+class SignalCounter : public QObject {
+    Q_OBJECT
+public slots:
+    void count() { ++seen; }
+
+public:
+    int seen = 0;
+};
+
 class TestLogindPowerActions : public QObject {
     Q_OBJECT
 
@@ -66,8 +77,14 @@ private:
     }
 
     std::unique_ptr<LogindPowerActions> makeActions() {
-        return std::make_unique<LogindPowerActions>(m_bus->connection(), m_bus->connection(),
-                                                    [this] { return m_appsRunning; });
+        return std::make_unique<LogindPowerActions>(m_bus->connection(), m_bus->connection());
+    }
+    // One app was asked to quit; it has gone unless m_appsRunning.
+    QList<RunningApplicationRef> askedToQuit() const {
+        auto app =
+            std::make_shared<FakeRunningApplication>(4242, QStringLiteral("Editor"), std::nullopt);
+        app->terminated = !m_appsRunning;
+        return {app};
     }
 
     void prepareForSleep(bool goingToSleep) {
@@ -100,8 +117,8 @@ private slots:
         startLogind(QStringLiteral(R"({"CanReboot": "challenge"})"));
         auto actions = makeActions();
         actions->sleep();
-        actions->restart();
-        actions->shutDown();
+        actions->restart(askedToQuit());
+        actions->shutDown(askedToQuit());
         QTRY_COMPARE_WITH_TIMEOUT(calls(QStringLiteral("PowerOff")), QList<QVariantList>({{true}}),
                                   10'000);
         QTRY_COMPARE_WITH_TIMEOUT(calls(QStringLiteral("Reboot")), QList<QVariantList>({{true}}),
@@ -116,8 +133,8 @@ private slots:
         LogCapture log;
         m_appsRunning = true;
         actions->sleep();
-        actions->restart();
-        actions->shutDown();
+        actions->restart(askedToQuit());
+        actions->shutDown(askedToQuit());
         QTRY_COMPARE_WITH_TIMEOUT(log.count(QStringLiteral("still running")), 2, 10'000);
         QTRY_COMPARE_WITH_TIMEOUT(log.count(QStringLiteral("CanSuspend answers \"na\"")), 1,
                                   10'000);
@@ -136,8 +153,8 @@ private slots:
         QVERIFY(gnomeBus.registerService(QStringLiteral("org.gnome.SessionManager")));
         m_appsRunning = true; // the session manager lets them save, so this must not stop it
         auto actions = makeActions();
-        actions->restart();
-        actions->shutDown();
+        actions->restart(askedToQuit());
+        actions->shutDown(askedToQuit());
         QTRY_COMPARE_WITH_TIMEOUT(gnome.calls.size(), 2, 10'000);
         QCOMPARE(gnome.calls.at(0), QStringLiteral("Reboot"));
         QCOMPARE(gnome.calls.at(1), QStringLiteral("Shutdown"));
@@ -150,10 +167,16 @@ private slots:
         startLogind();
         LogindSleepWatcher watcher(m_bus->connection());
         QSignalSpy woke(&watcher, &LogindSleepWatcher::didWake);
+        // Signals arrive in order: once the third is seen, the first two have been handled.
+        SignalCounter counter;
+        QVERIFY(m_bus->connection().connect(kLogin1, QStringLiteral("/org/freedesktop/login1"),
+                                            QStringLiteral("org.freedesktop.login1.Manager"),
+                                            QStringLiteral("PrepareForSleep"), &counter,
+                                            SLOT(count())));
         prepareForSleep(true);
         prepareForSleep(false);
-        QTRY_COMPARE_WITH_TIMEOUT(woke.count(), 1, 10'000);
-        QTest::qWait(200);
+        prepareForSleep(true);
+        QTRY_COMPARE_WITH_TIMEOUT(counter.seen, 3, 10'000);
         QCOMPARE(woke.count(), 1);
     }
 };

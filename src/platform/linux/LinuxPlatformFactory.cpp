@@ -1,21 +1,10 @@
-#include "platform/PlatformFactory.h"
-
 #include "model/ProductTexts.h"
+#include "platform/NullPanelPlacement.h"
+#include "platform/PlatformFactory.h"
 #include "platform/SystemClock.h"
 #include "platform/ThreadPoolExecutor.h"
-
-#include <QGuiApplication>
-
-#ifdef Q_OS_UNIX
-#include <pwd.h>
-#include <unistd.h>
-#endif
-
-#ifdef Q_OS_LINUX
-#include "platform/NullPanelPlacement.h"
 #include "platform/linux/DBusIdleTime.h"
 #include "platform/linux/DBusInstanceGuard.h"
-#include "platform/linux/DesktopNotificationSettings.h"
 #include "platform/linux/FileDefaultsStore.h"
 #include "platform/linux/FreedesktopNotificationCenter.h"
 #include "platform/linux/LinuxBundleInfo.h"
@@ -31,11 +20,12 @@
 #include "platform/linux/X11Workspace.h"
 #include "platform/linux/XScreenSaverIdleTime.h"
 #include "platform/linux/XdgAutostartLoginItem.h"
-#endif
+
+#include <QGuiApplication>
+#include <pwd.h>
+#include <unistd.h>
 
 namespace vantle {
-
-#ifdef Q_OS_LINUX
 
 namespace {
 
@@ -110,7 +100,6 @@ std::unique_ptr<Platform> makePlatform(PlatformUse use) {
     platform->texts = &ProductTexts::linuxDesktop();
     platform->notifications =
         std::make_unique<FreedesktopNotificationCenter>(QDBusConnection::sessionBus());
-    platform->openNotificationSettings = openDesktopNotificationSettings;
     platform->scripts = std::make_unique<ShellScriptRunner>();
     platform->alerts = std::make_unique<QtAlerts>();
     // Shipped beside the app, so the rule and the prompts name the copy that really runs.
@@ -126,10 +115,7 @@ std::unique_ptr<Platform> makePlatform(PlatformUse use) {
         const QDBusConnection system = QDBusConnection::systemBus();
         const QDBusConnection session = QDBusConnection::sessionBus();
         platform->powerAssertion = std::make_unique<LogindPowerAssertion>(system, session);
-        Platform* bundle = platform.get();
-        platform->powerActions = std::make_unique<LogindPowerActions>(system, session, [bundle] {
-            return bundle->otherAppsStillRunning && bundle->otherAppsStillRunning();
-        });
+        platform->powerActions = std::make_unique<LogindPowerActions>(system, session);
         platform->sleepWatcher = std::make_unique<LogindSleepWatcher>(system);
         QObject::connect(platform->sleepWatcher.get(), &LogindSleepWatcher::didWake,
                          platform->workspace.get(), &Workspace::didWake);
@@ -141,9 +127,5 @@ std::unique_ptr<InstanceGuard> makeInstanceGuard() {
     return std::make_unique<DBusInstanceGuard>(QDBusConnection::sessionBus(),
                                                QStringLiteral(VANTLE_BUNDLE_ID));
 }
-
-#else
-#error "Vantle has no platform backend for this operating system yet"
-#endif
 
 } // namespace vantle
