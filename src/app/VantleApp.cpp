@@ -2,12 +2,12 @@
 
 #include "app/AppDelegate.h"
 #include "app/AppListing.h"
-#include "platform/PlatformFactory.h"
 #include "app/TerminationSignals.h"
 #include "model/AppSettings.h"
 #include "monitor/AppMonitorService.h"
 #include "platform/InstanceGuard.h"
 #include "platform/Log.h"
+#include "platform/PlatformFactory.h"
 #include "system/NotificationAuthority.h"
 
 #include <QApplication>
@@ -143,6 +143,11 @@ int VantleApp::runApplication() {
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setDesktopFileName(QStringLiteral(VANTLE_BUNDLE_ID));
 
+    // From the first moment, so a stop request during start-up still ends the process cleanly.
+    TerminationSignals terminationSignals;
+    QObject::connect(&terminationSignals, &TerminationSignals::terminationRequested, qApp,
+                     [](int) { QCoreApplication::quit(); });
+
     const std::unique_ptr<InstanceGuard> guard = makeInstanceGuard();
     if (guard->claim() == InstanceGuard::Claim::AlreadyRunning) {
         return 0;
@@ -152,10 +157,6 @@ int VantleApp::runApplication() {
     m_appDelegate = std::make_unique<AppDelegate>(*platform);
     QObject::connect(guard.get(), &InstanceGuard::activationRequested, m_appDelegate.get(),
                      [] { logLine(QStringLiteral("another launch asked to show Vantle")); });
-
-    TerminationSignals terminationSignals;
-    QObject::connect(&terminationSignals, &TerminationSignals::terminationRequested, qApp,
-                     [](int) { QCoreApplication::quit(); });
 
     m_appDelegate->applicationDidFinishLaunching();
     const int status = QApplication::exec();

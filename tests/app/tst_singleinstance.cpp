@@ -35,6 +35,8 @@ private:
     bool nameOwned() const {
         return m_bus->connection().interface()->isServiceRegistered(kServiceName);
     }
+    // The process that holds the name; 0 when none does.
+    uint owner() const { return m_bus->connection().interface()->servicePid(kServiceName).value(); }
 
     static void stop(QProcess& process, int signalNumber) {
         ::kill(static_cast<pid_t>(process.processId()), signalNumber);
@@ -79,7 +81,8 @@ private slots:
         QProcess& ended = a->state() == QProcess::NotRunning ? *a : *b;
         QProcess& running = a->state() == QProcess::NotRunning ? *b : *a;
         QCOMPARE(ended.exitCode(), 0);
-        QTest::qWait(300);
+        // The survivor is the copy that holds the name, not one still on its way out.
+        QTRY_COMPARE_WITH_TIMEOUT(owner(), uint(running.processId()), 20'000);
         QCOMPARE(running.state(), QProcess::Running);
         stop(running, SIGINT);
     }
