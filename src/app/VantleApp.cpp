@@ -161,6 +161,8 @@ int VantleApp::runApplication() {
     m_appDelegate->applicationDidFinishLaunching();
     const int status = QApplication::exec();
     m_appDelegate.reset();
+    // A save that found the settings lock busy is still queued; it must not go with the process.
+    platform->defaults->flush();
     return status;
 }
 

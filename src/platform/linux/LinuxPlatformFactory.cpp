@@ -91,7 +91,7 @@ std::unique_ptr<Platform> makePlatform(PlatformUse use) {
     platform->bundle = std::make_unique<LinuxBundleInfo>();
     const QString bundleId = platform->bundle->bundleIdentifier().value_or(QString());
     platform->defaults = std::make_unique<FileDefaultsStore>(
-        FileDefaultsStore::defaultDirectory(), bundleId,
+        FileDefaultsStore::defaultDirectory(), bundleId, *platform->clock,
         use == PlatformUse::Application ? FileDefaultsStore::Mode::ReadWrite
                                         : FileDefaultsStore::Mode::ReadOnly);
     platform->loginItem =
