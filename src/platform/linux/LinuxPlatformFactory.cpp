@@ -1,4 +1,5 @@
 #include "model/ProductTexts.h"
+#include "platform/Log.h"
 #include "platform/NullPanelPlacement.h"
 #include "platform/PlatformFactory.h"
 #include "platform/SystemClock.h"
@@ -12,6 +13,7 @@
 #include "platform/linux/LogindPowerAssertion.h"
 #include "platform/linux/LogindSleepWatcher.h"
 #include "platform/linux/QtAlerts.h"
+#include "platform/linux/RuntimeLockInstanceGuard.h"
 #include "platform/linux/ShellScriptRunner.h"
 #include "platform/linux/StatusNotifierTray.h"
 #include "platform/linux/UnsupportedWorkspace.h"
@@ -21,6 +23,7 @@
 #include "platform/linux/XScreenSaverIdleTime.h"
 #include "platform/linux/XdgAutostartLoginItem.h"
 
+#include <QDBusError>
 #include <QGuiApplication>
 #include <pwd.h>
 #include <unistd.h>
@@ -124,8 +127,15 @@ std::unique_ptr<Platform> makePlatform(PlatformUse use) {
 }
 
 std::unique_ptr<InstanceGuard> makeInstanceGuard() {
-    return std::make_unique<DBusInstanceGuard>(QDBusConnection::sessionBus(),
-                                               QStringLiteral(VANTLE_BUNDLE_ID));
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected()) {
+        logLine(QStringLiteral("no D-Bus session bus (%1); a lock in the runtime folder keeps "
+                               "to one running copy")
+                    .arg(bus.lastError().message()));
+        return std::make_unique<RuntimeLockInstanceGuard>(
+            RuntimeLockInstanceGuard::defaultPath(QStringLiteral(VANTLE_BUNDLE_ID)));
+    }
+    return std::make_unique<DBusInstanceGuard>(bus, QStringLiteral(VANTLE_BUNDLE_ID));
 }
 
 } // namespace vantle
