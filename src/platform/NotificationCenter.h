@@ -47,7 +47,8 @@ struct NotificationRequest {
 class NotificationCenter : public QObject {
     Q_OBJECT
 public:
-    // Reported as the action of a click on the notification's body.
+    // Reported as the action of a click on the notification's body. A category that wants such
+    // clicks lists an action with this identifier and a label; without one a click does nothing.
     static inline const QString kDefaultActionIdentifier =
         QStringLiteral("com.apple.UNNotificationDefaultActionIdentifier");
 

@@ -137,14 +137,16 @@ QStringList FreedesktopNotificationCenter::actionsFor(const NotificationRequest&
         for (const NotificationCategory& category : m_categories) {
             if (category.identifier == request.categoryIdentifier) {
                 for (const NotificationAction& action : category.actions) {
-                    actions << action.identifier << action.title;
+                    actions << (action.identifier == kDefaultActionIdentifier ? kDefaultKey
+                                                                              : action.identifier)
+                            << action.title;
                 }
                 break;
             }
         }
     }
-    // Lets a click on the body come back as a response too.
-    actions << kDefaultKey << QString();
+    // No blank "default" for every notification: servers list it as an empty menu entry, and a
+    // click on a notification that declares no default action does nothing anyway.
     return actions;
 }
 
