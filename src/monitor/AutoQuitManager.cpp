@@ -13,6 +13,9 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr Milliseconds kPassInterval = 60s;
+// Rule time-outs count in minutes, so a pass a few seconds early or late changes nothing; the
+// tolerance lets the clock run it in the same wake-up as the idle sample and the schedule tick.
+constexpr Milliseconds kPassTolerance = 5s;
 
 } // namespace
 
@@ -22,7 +25,8 @@ AutoQuitManager::AutoQuitManager(Workspace& workspace, Clock& clock, QObject* pa
     , m_clock(clock) {}
 
 void AutoQuitManager::start() {
-    m_timer = m_clock.repeating(kPassInterval, [this] { evaluate(); });
+    m_timer = m_clock.repeating(
+        kPassInterval, [this] { evaluate(); }, kPassTolerance);
 }
 
 void AutoQuitManager::evaluate() {
