@@ -194,7 +194,7 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(m_bus->connection().interface()->isServiceRegistered(kService),
                                  20'000);
         FreedesktopNotificationCenter center(m_bus->connection());
-        NotificationAuthority authority(center, [] { return true; });
+        NotificationAuthority authority(center);
         ManualClock clock;
         // Registered as the app does at start-up.
         QuitWarningService quitWarning(center, authority, clock,
