@@ -3,7 +3,6 @@
 #include "platform/linux/LogindPowerActions.h"
 #include "platform/linux/LogindSleepWatcher.h"
 #include "support/DBusMock.h"
-#include "support/PrivateSessionBus.h"
 
 #include <QDBusArgument>
 #include <QDBusConnectionInterface>
@@ -15,8 +14,7 @@
 #include <memory>
 
 using namespace vantle;
-using vantle::testing::mockedCalls;
-using vantle::testing::PrivateSessionBus;
+using vantle::testing::MockedBus;
 
 namespace {
 const QString kLogin1 = QStringLiteral("org.freedesktop.login1");
@@ -50,16 +48,12 @@ class TestLogindPowerActions : public QObject {
     Q_OBJECT
 
 private:
-    std::unique_ptr<PrivateSessionBus> m_bus;
-    std::unique_ptr<QProcess> m_logind;
+    std::unique_ptr<MockedBus> m_bus;
     bool m_appsRunning = false;
 
     void startLogind(const QString& parameters = QStringLiteral("{}")) {
-        m_logind = vantle::testing::startDBusMock(
-            m_bus->address(), QStringLiteral("logind"),
-            {QStringLiteral("--session"), QStringLiteral("-p"), parameters});
-        QTRY_VERIFY_WITH_TIMEOUT(m_bus->connection().interface()->isServiceRegistered(kLogin1),
-                                 20'000);
+        QVERIFY(m_bus->start(QStringLiteral("logind"), kLogin1,
+                             {QStringLiteral("--session"), QStringLiteral("-p"), parameters}));
     }
 
     QDBusMessage mock(const QString& method, const QVariantList& arguments) const {
@@ -72,8 +66,7 @@ private:
 
     // The arguments of every call of `method` logind received.
     QList<QVariantList> calls(const QString& method) const {
-        return mockedCalls(m_bus->connection(), kLogin1, QStringLiteral("/org/freedesktop/login1"),
-                           method);
+        return m_bus->calls(kLogin1, QStringLiteral("/org/freedesktop/login1"), method);
     }
 
     std::unique_ptr<LogindPowerActions> makeActions() {
@@ -96,22 +89,10 @@ private:
 private slots:
     void init() {
         m_appsRunning = false;
-        m_bus = std::make_unique<PrivateSessionBus>();
-        if (!m_bus->isRunning()) {
-            QFAIL(qPrintable(m_bus->error()));
-        }
-        if (!vantle::testing::hasDBusMock()) {
-            QSKIP("python3-dbusmock is not installed for /usr/bin/python3");
-        }
+        m_bus = std::make_unique<MockedBus>();
+        VANTLE_SKIP_WITHOUT(*m_bus);
     }
-    void cleanup() {
-        if (m_logind) {
-            m_logind->terminate();
-            m_logind->waitForFinished(5'000);
-            m_logind.reset();
-        }
-        m_bus.reset();
-    }
+    void cleanup() { m_bus.reset(); }
 
     void withoutSessionManagerLogindActsInteractively() {
         startLogind(QStringLiteral(R"({"CanReboot": "challenge"})"));

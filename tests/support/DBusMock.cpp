@@ -1,7 +1,9 @@
 #include "support/DBusMock.h"
 
 #include <QDBusArgument>
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QTest>
 
 namespace vantle::testing {
 
@@ -57,6 +59,33 @@ QList<QVariantList> mockedCalls(QDBusConnection bus, const QString& service, con
     }
     log.endArray();
     return result;
+}
+
+MockedBus::MockedBus() = default;
+
+MockedBus::~MockedBus() {
+    for (const auto& mock : m_mocks) {
+        mock->terminate();
+        mock->waitForFinished(5'000);
+    }
+}
+
+QString MockedBus::unavailable() const {
+    if (!m_bus.isRunning()) {
+        return m_bus.error();
+    }
+    if (!hasDBusMock()) {
+        return QStringLiteral("python3-dbusmock is not installed for /usr/bin/python3");
+    }
+    return {};
+}
+
+bool MockedBus::start(const QString& templateName, const QString& service,
+                      const QStringList& extraArguments) {
+    m_mocks.push_back(startDBusMock(address(), templateName, extraArguments));
+    const QDBusConnection bus = connection();
+    return QTest::qWaitFor([&] { return bus.interface()->isServiceRegistered(service).value(); },
+                           20'000);
 }
 
 } // namespace vantle::testing
