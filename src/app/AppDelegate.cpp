@@ -117,9 +117,9 @@ void AppDelegate::applicationDidFinishLaunching() {
     m_idleMonitor->start(kIdleSampleSeconds);
 
     m_scheduleMonitor->setSettings(m_settings);
-    m_scheduleMonitor->onScheduledAction = [self](ShutdownSchedule::Action action) {
+    m_scheduleMonitor->onScheduledAction = [self](const ShutdownSchedule& schedule) {
         if (self) {
-            self->m_scheduleWarning->warn(action);
+            self->m_scheduleWarning->warn(schedule.action);
         }
     };
     m_scheduleMonitor->setPmsetSync(m_pmsetSync);

@@ -142,6 +142,19 @@ void AppSettings::load() {
         d.stringArrayValue(QStringLiteral("pmsetRegistered")).value_or(QStringList{});
     m_disabledShortcutIDs =
         d.stringArrayValue(QStringLiteral("disabledShortcutIDs")).value_or(QStringList{});
+    reportScheduleProblems();
+}
+
+void AppSettings::reportScheduleProblems() {
+    for (const ScheduleProblem& problem : findScheduleProblems(m_shutdownSchedules)) {
+        const QString line =
+            QStringLiteral("schedule %1 is not run: %2; it stays in the settings as written")
+                .arg(describeSchedule(m_shutdownSchedules[problem.index]), problem.reason);
+        if (!m_reportedScheduleProblems.contains(line)) {
+            m_reportedScheduleProblems.insert(line);
+            logLine(line);
+        }
+    }
 }
 
 void AppSettings::setAppRules(const QList<AppRule>& value) {
@@ -234,6 +247,7 @@ void AppSettings::setShutdownSchedules(const QList<ShutdownSchedule>& value) {
         return;
     }
     m_shutdownSchedules = value;
+    reportScheduleProblems();
     emit shutdownSchedulesChanged();
     m_defaults.setObject(QStringLiteral("shutdownSchedules"),
                          encodeShutdownSchedules(m_shutdownSchedules));

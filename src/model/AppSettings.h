@@ -6,6 +6,7 @@
 
 #include <QList>
 #include <QObject>
+#include <QSet>
 #include <QStringList>
 #include <array>
 
@@ -132,6 +133,8 @@ signals:
 private:
     bool migrateLegacyDefaults();
     void load();
+    // Logs each schedule the services will skip, once per launch.
+    void reportScheduleProblems();
 
     DefaultsStore& m_defaults;
     const BundleInfo& m_bundle;
@@ -156,6 +159,7 @@ private:
     double m_scheduleWarningSeconds{};
     QStringList m_pmsetRegistered{};
     QStringList m_disabledShortcutIDs{};
+    QSet<QString> m_reportedScheduleProblems;
 };
 
 } // namespace vantle
