@@ -249,8 +249,9 @@ private slots:
         QCOMPARE(fake.alerts->shown.size(), 1);
     }
 
-    // A damaged file starts like any other: the bad schedules stay in it as written, are logged
-    // once each, and only the good one reaches the power scheduler or the warning.
+    // A damaged file starts like any other: the bad schedules (out of range, or repeating an
+    // earlier id) stay in it as written, are logged once each however often the list is read or
+    // assigned, and only the good ones reach the power scheduler or the warning.
     void launchesWithOutOfRangeSchedulesAndKeepsThem() {
         FakePlatform fake; // Monday 2026-11-16 09:00
         fake.alerts->answer = {.button = 0};
@@ -266,7 +267,7 @@ private slots:
             QStringLiteral("[%1]")
                 .arg(QStringList{entry(1, "Shut Down", "1e18", "0"), entry(2, "Sleep", "9", "-1"),
                                  entry(3, "Wake", "99", "30"), entry(4, "Sleep", "9", "1"),
-                                 entry(5, "Power On", "7", "30")}
+                                 entry(5, "Power On", "7", "30"), entry(5, "Restart", "8", "0")}
                          .join(QLatin1Char(',')))
                 .toUtf8();
         fake.defaults->values[QStringLiteral("shutdownSchedules")] = stored;
@@ -277,12 +278,22 @@ private slots:
 
         QCOMPARE(fake.defaults->values.value(QStringLiteral("shutdownSchedules")),
                  DefaultsValue(stored));
-        QCOMPARE(delegate.settings().shutdownSchedules().size(), 5);
-        QCOMPARE(log.count(QStringLiteral("is not run")), 3);
+        QCOMPARE(delegate.settings().shutdownSchedules().size(), 6);
+        QCOMPARE(log.count(QStringLiteral("is not run")), 4);
+        QCOMPARE(log.count(QStringLiteral("Restart at 08:00 (id 00000005")), 1);
         QCOMPARE(fake.scripts->administratorRuns,
                  QStringList{QStringLiteral(
                      "/opt/vantle/vantle-power schedule poweron '11/17/26 07:30:00'")});
         QCOMPARE(fake.power->calls, QStringList{QStringLiteral("sleep")});
+
+        QList<ShutdownSchedule> edited = delegate.settings().shutdownSchedules();
+        edited[3].minute = 2;
+        delegate.settings().setShutdownSchedules(edited);
+        QCOMPARE(log.count(QStringLiteral("is not run")), 4);
+        // What the user wrote survives the next write, bad values included.
+        QCOMPARE(
+            decodeShutdownSchedules(*fake.defaults->dataValue(QStringLiteral("shutdownSchedules"))),
+            edited);
     }
 };
 

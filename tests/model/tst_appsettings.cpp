@@ -98,44 +98,6 @@ private slots:
         QCOMPARE(store->values.value(u"shutdownSchedules"_s), DefaultsValue(u"[]"_s));
     }
 
-    // Schedules the services cannot act on load as stored, are never rewritten, and are logged
-    // once each, however often the list is assigned.
-    void unusableSchedulesStayAsWrittenAndAreLoggedOnce() {
-        const auto element = [](const char* id, const char* hour, const char* minute) {
-            return u"{\"id\":\"%1-2D3F-4A5B-8C9D-0E1F2A3B4C5D\",\"isEnabled\":false,"
-                   u"\"action\":\"Sleep\",\"days\":[2],\"hour\":%2,\"minute\":%3}"_s.arg(
-                       QLatin1String(id), QLatin1String(hour), QLatin1String(minute));
-        };
-        const QByteArray stored =
-            u"[%1]"_s
-                .arg(QStringList{element("00000001", "1e18", "0"), element("00000002", "99", "0"),
-                                 element("00000003", "-5", "0"), element("00000004", "7", "60"),
-                                 element("00000005", "7", "-1"), element("00000006", "7", "30"),
-                                 element("00000006", "8", "30")}
-                         .join(QLatin1Char(',')))
-                .toUtf8();
-        store->values.insert(u"shutdownSchedules"_s, stored);
-        LogCapture log;
-        auto s = make();
-        QCOMPARE(s->shutdownSchedules().size(), 7);
-        QCOMPARE(s->shutdownSchedules().first().hour, qint64(1'000'000'000'000'000'000));
-        QCOMPARE(usableSchedules(s->shutdownSchedules()).size(), 1);
-        QCOMPARE(log.count(u"is not run"_s), 6);
-        QCOMPARE(log.count(u"hour is outside"_s), 3);
-        QCOMPARE(log.count(u"id repeats"_s), 1);
-        QCOMPARE(log.count(u"Sleep at 08:30"_s), 1);
-
-        // Assigning the list again, with one change, reports nothing new.
-        QList<ShutdownSchedule> edited = s->shutdownSchedules();
-        edited[5].isEnabled = true;
-        s->setShutdownSchedules(edited);
-        QCOMPARE(log.count(u"is not run"_s), 6);
-        QCOMPARE(store->values.value(u"shutdownSchedules"_s),
-                 DefaultsValue(encodeShutdownSchedules(edited)));
-        // What the user wrote survives the write, bad values included.
-        QCOMPARE(decodeShutdownSchedules(*store->dataValue(u"shutdownSchedules"_s)), edited);
-    }
-
     void writesBack_data() {
         QTest::addColumn<QString>("key");
         QTest::addColumn<QVariant>("value");
