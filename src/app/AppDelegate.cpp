@@ -119,9 +119,9 @@ void AppDelegate::wireWarnings() {
 void AppDelegate::wireSchedules() {
     QPointer<AppDelegate> self(this);
     m_scheduleMonitor->setSettings(m_settings);
-    m_scheduleMonitor->onScheduledAction = [self](ShutdownSchedule::Action action) {
+    m_scheduleMonitor->onScheduledAction = [self](const ShutdownSchedule& schedule) {
         if (self) {
-            self->m_scheduleWarning->warn(action);
+            self->m_scheduleWarning->warn(schedule.action);
         }
     };
     m_scheduleMonitor->setPmsetSync(m_pmsetSync);

@@ -158,6 +158,19 @@ void AppSettings::load() {
         d.stringArrayValue(QStringLiteral("pmsetRegistered")).value_or(QStringList{});
     m_disabledShortcutIDs =
         d.stringArrayValue(QStringLiteral("disabledShortcutIDs")).value_or(QStringList{});
+    reportScheduleProblems();
+}
+
+void AppSettings::reportScheduleProblems() {
+    for (const ScheduleProblem& problem : findScheduleProblems(m_shutdownSchedules)) {
+        const QString line =
+            QStringLiteral("schedule %1 is not run: %2; it stays in the settings as written")
+                .arg(describeSchedule(m_shutdownSchedules[problem.index]), problem.reason);
+        if (!m_reportedScheduleProblems.contains(line)) {
+            m_reportedScheduleProblems.insert(line);
+            logLine(line);
+        }
+    }
 }
 
 template <typename T>
@@ -219,6 +232,7 @@ void AppSettings::setDockIconStyle(const QString& value) {
 void AppSettings::setShutdownSchedules(const QList<ShutdownSchedule>& value) {
     assign(m_shutdownSchedules, value, &AppSettings::shutdownSchedulesChanged,
            QStringLiteral("shutdownSchedules"));
+    reportScheduleProblems();
 }
 
 void AppSettings::setPmsetAlwaysAllow(bool value) {

@@ -8,6 +8,7 @@
 
 #include <QList>
 #include <QObject>
+#include <QSet>
 #include <QStringList>
 #include <array>
 
@@ -154,6 +155,8 @@ private:
     void assign(T& member, const T& value, void (AppSettings::*changed)(), const QString& key);
     bool migrateLegacyDefaults();
     void load();
+    // Logs each schedule the services will skip, once per launch.
+    void reportScheduleProblems();
 
     DefaultsStore& m_defaults;
     const BundleInfo& m_bundle;
@@ -178,6 +181,7 @@ private:
     double m_scheduleWarningSeconds{};
     QStringList m_pmsetRegistered{};
     QStringList m_disabledShortcutIDs{};
+    QSet<QString> m_reportedScheduleProblems;
 };
 
 } // namespace vantle

@@ -251,6 +251,53 @@ private slots:
         QCOMPARE(delegate.settings().pmsetRegistered().size(), 2);
         QCOMPARE(fake.alerts->shown.size(), 1);
     }
+
+    // A damaged file starts like any other: the bad schedules (out of range, or repeating an
+    // earlier id) stay in it as written, are logged once each however often the list is read or
+    // assigned, and only the good ones reach the power scheduler or the warning.
+    void launchesWithOutOfRangeSchedulesAndKeepsThem() {
+        FakePlatform fake; // Monday 2026-11-16 09:00
+        fake.alerts->answer = {.button = 0};
+        fake.defaults->values[QStringLiteral("scheduleWarningStyle")] = QStringLiteral("never");
+        const auto entry = [](int n, const char* action, const char* hour, const char* minute) {
+            return QStringLiteral("{\"id\":\"0000000%1-2D3F-4A5B-8C9D-0E1F2A3B4C5D\","
+                                  "\"isEnabled\":true,\"action\":\"%2\",\"days\":[2,3],"
+                                  "\"hour\":%3,\"minute\":%4}")
+                .arg(n)
+                .arg(QLatin1String(action), QLatin1String(hour), QLatin1String(minute));
+        };
+        const QByteArray stored =
+            QStringLiteral("[%1]")
+                .arg(QStringList{entry(1, "Shut Down", "1e18", "0"), entry(2, "Sleep", "9", "-1"),
+                                 entry(3, "Wake", "99", "30"), entry(4, "Sleep", "9", "1"),
+                                 entry(5, "Power On", "7", "30"), entry(5, "Restart", "8", "0")}
+                         .join(QLatin1Char(',')))
+                .toUtf8();
+        fake.defaults->values[QStringLiteral("shutdownSchedules")] = stored;
+        LogCapture log;
+        AppDelegate delegate(fake.platform);
+        delegate.applicationDidFinishLaunching();
+        fake.clock().advance(std::chrono::minutes(3)); // through 09:01 and a resync
+
+        QCOMPARE(fake.defaults->values.value(QStringLiteral("shutdownSchedules")),
+                 DefaultsValue(stored));
+        QCOMPARE(delegate.settings().shutdownSchedules().size(), 6);
+        QCOMPARE(log.count(QStringLiteral("is not run")), 4);
+        QCOMPARE(log.count(QStringLiteral("Restart at 08:00 (id 00000005")), 1);
+        QCOMPARE(fake.scripts->administratorRuns,
+                 QStringList{QStringLiteral(
+                     "/opt/vantle/vantle-power schedule poweron '11/17/26 07:30:00'")});
+        QCOMPARE(fake.power->calls, QStringList{QStringLiteral("sleep")});
+
+        QList<ShutdownSchedule> edited = delegate.settings().shutdownSchedules();
+        edited[3].minute = 2;
+        delegate.settings().setShutdownSchedules(edited);
+        QCOMPARE(log.count(QStringLiteral("is not run")), 4);
+        // What the user wrote survives the next write, bad values included.
+        QCOMPARE(
+            decodeShutdownSchedules(*fake.defaults->dataValue(QStringLiteral("shutdownSchedules"))),
+            edited);
+    }
 };
 
 QTEST_MAIN(TestAppDelegate)
