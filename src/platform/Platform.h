@@ -5,6 +5,7 @@
 #include "platform/Clock.h"
 #include "platform/DefaultsStore.h"
 #include "platform/Executor.h"
+#include "platform/HotKeyRegistrar.h"
 #include "platform/IdleTime.h"
 #include "platform/LoginItem.h"
 #include "platform/NotificationCenter.h"
@@ -51,6 +52,8 @@ struct Platform {
     // Opens the desktop's notification settings; false when it could not.
     std::function<bool()> openNotificationSettings;
     const ProductTexts* texts = nullptr;
+    // System-wide shortcuts (the app only).
+    std::unique_ptr<HotKeyRegistrar> hotKeys;
 };
 
 } // namespace vantle

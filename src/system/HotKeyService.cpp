@@ -1,5 +1,7 @@
 #include "system/HotKeyService.h"
 
+#include "platform/Log.h"
+
 #include <algorithm>
 
 namespace vantle {
@@ -10,6 +12,11 @@ std::optional<AppCommand> commandForId(quint32 id) {
         return std::nullopt;
     }
     return static_cast<AppCommand>(id - 1);
+}
+
+void reportUnavailable(AppCommand command) {
+    logLine(QStringLiteral("could not claim the %1 shortcut; something else may hold it")
+                .arg(QString::fromUtf8(commandBinding(command).title)));
 }
 } // namespace
 
@@ -43,6 +50,7 @@ void HotKeyService::registerHotKeys(const QList<AppCommand>& commands) {
             m_registered.emplace(request.id, Registration{command, *reference});
         } else {
             unavailable.append(command);
+            reportUnavailable(command);
         }
     }
     std::sort(unavailable.begin(), unavailable.end());
@@ -83,6 +91,7 @@ void HotKeyService::onRefused(quint32 id) {
     }
     const AppCommand command = found->second.command;
     m_registered.erase(found);
+    reportUnavailable(command);
     m_unavailable.append(command);
     std::sort(m_unavailable.begin(), m_unavailable.end());
     emit unavailableChanged();
