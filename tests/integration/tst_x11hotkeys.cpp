@@ -1,92 +1,23 @@
 #include "platform/linux/X11Connection.h"
 #include "platform/linux/X11HotKeyRegistrar.h"
 #include "support/VirtualDesktop.h"
+#include "support/X11Client.h"
 #include "system/HotKeyService.h"
 
 #include <QTest>
-#include <cstdlib>
+#include <algorithm>
 #include <memory>
-#include <vector>
-#include <xcb/xcb_keysyms.h>
-#include <xcb/xtest.h>
 
 using namespace vantle;
+using vantle::testing::kCtrlAltSuper;
 using vantle::testing::VirtualDesktop;
+using vantle::testing::X11Client;
 using Command = AppCommand;
 
 namespace {
 
-constexpr auto kCtrlAltSuper = uint16_t(XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1 | XCB_MOD_MASK_4);
 const QList<Command> kGlobal{Command::quitAllApps, Command::sleep, Command::restart,
                              Command::shutDown};
-
-// A second X client of the test's own, standing in for another program.
-struct OtherClient {
-    xcb_connection_t* c;
-    xcb_window_t root;
-
-    explicit OtherClient(const QString& display)
-        : c(xcb_connect(display.toLocal8Bit().constData(), nullptr))
-        , root(xcb_setup_roots_iterator(xcb_get_setup(c)).data->root) {}
-    ~OtherClient() { xcb_disconnect(c); }
-
-    xcb_keycode_t keycodeOf(xcb_keysym_t keysym) const {
-        xcb_key_symbols_t* symbols = xcb_key_symbols_alloc(c);
-        xcb_keycode_t* codes = xcb_key_symbols_get_keycode(symbols, keysym);
-        const xcb_keycode_t code = codes ? codes[0] : 0;
-        std::free(codes);
-        xcb_key_symbols_free(symbols);
-        return code;
-    }
-
-    // The modifier state the server reports right now (locks included).
-    uint16_t modifierState() const {
-        auto* reply = xcb_query_pointer_reply(c, xcb_query_pointer(c, root), nullptr);
-        const uint16_t mask = reply ? reply->mask : 0;
-        std::free(reply);
-        return mask;
-    }
-
-    std::vector<xcb_keysym_t> keysymsOf(xcb_keycode_t code, uint8_t& perKeycode) const {
-        auto* reply =
-            xcb_get_keyboard_mapping_reply(c, xcb_get_keyboard_mapping(c, code, 1), nullptr);
-        perKeycode = reply->keysyms_per_keycode;
-        const xcb_keysym_t* syms = xcb_get_keyboard_mapping_keysyms(reply);
-        std::vector<xcb_keysym_t> result(syms, syms + perKeycode);
-        std::free(reply);
-        return result;
-    }
-
-    // Whether this client can grab the combination; lets it go again at once.
-    bool canGrab(xcb_keycode_t code, uint16_t modifiers) const {
-        xcb_generic_error_t* error =
-            xcb_request_check(c, xcb_grab_key_checked(c, 1, root, modifiers, code,
-                                                      XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
-        if (error) {
-            std::free(error);
-            return false;
-        }
-        xcb_ungrab_key(c, code, root, modifiers);
-        xcb_flush(c);
-        return true;
-    }
-
-    // Presses the keys in order and releases them in reverse, as a user's fingers would.
-    void press(const std::vector<xcb_keycode_t>& codes) const {
-        for (const xcb_keycode_t code : codes) {
-            xcb_test_fake_input(c, XCB_KEY_PRESS, code, XCB_CURRENT_TIME, root, 0, 0, 0);
-        }
-        for (auto it = codes.rbegin(); it != codes.rend(); ++it) {
-            xcb_test_fake_input(c, XCB_KEY_RELEASE, *it, XCB_CURRENT_TIME, root, 0, 0, 0);
-        }
-        xcb_flush(c);
-    }
-
-    void setKeysyms(xcb_keycode_t code, uint8_t perKeycode, const std::vector<xcb_keysym_t>& syms) {
-        xcb_change_keyboard_mapping(c, 1, code, perKeycode, syms.data());
-        xcb_flush(c);
-    }
-};
 
 } // namespace
 
@@ -143,7 +74,7 @@ private slots:
         m_service->registerHotKeys(kGlobal);
         QVERIFY(m_service->unavailable().isEmpty());
 
-        OtherClient probe(m_desktop->display());
+        X11Client probe(m_desktop->display());
         if (!lockKey.isEmpty()) {
             press(lockKey);
             QTRY_VERIFY((probe.modifierState() & lockMask) != 0);
@@ -159,24 +90,23 @@ private slots:
     }
 
     void aCombinationHeldElsewhereIsUnavailableAndTheOthersWork() {
-        OtherClient other(m_desktop->display());
+        X11Client other(m_desktop->display());
         const xcb_keycode_t q = other.keycodeOf('q');
         QVERIFY(q != 0);
-        const uint16_t held = kCtrlAltSuper;
-        QVERIFY(!xcb_request_check(other.c,
-                                   xcb_grab_key_checked(other.c, 1, other.root, held, q,
-                                                        XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC)));
+        QVERIFY(other.grab(q, kCtrlAltSuper));
 
         m_service->registerHotKeys(kGlobal);
         QCOMPARE(m_service->unavailable(), QList<Command>{Command::quitAllApps});
+        // The lock variants taken before the clash showed were let go again.
+        for (const uint16_t lock : {uint16_t(XCB_MOD_MASK_LOCK), uint16_t(XCB_MOD_MASK_2)}) {
+            QVERIFY(other.canGrab(q, kCtrlAltSuper | lock));
+        }
         press(QStringLiteral("ctrl+alt+super+q"));
         press(QStringLiteral("ctrl+alt+super+r"));
         QTRY_COMPARE(m_received, QList<Command>{Command::restart});
 
-        // Once the other program lets go, the next registration claims it, all lock variants
-        // included (a leftover variant grabbed by the failed attempt would make this fail).
-        xcb_ungrab_key(other.c, q, other.root, held);
-        xcb_flush(other.c);
+        // Once the other program lets go, the next registration claims it.
+        other.ungrab(q, kCtrlAltSuper);
         QTRY_VERIFY((m_service->registerHotKeys(kGlobal), m_service->unavailable().isEmpty()));
         press(QStringLiteral("ctrl+alt+super+q"));
         QTRY_COMPARE(m_received, (QList<Command>{Command::restart, Command::quitAllApps}));
@@ -186,7 +116,7 @@ private slots:
         m_service->registerHotKeys(kGlobal);
         m_service->registerHotKeys({Command::shutDown});
         // Another program can now take what was released.
-        OtherClient other(m_desktop->display());
+        X11Client other(m_desktop->display());
         QVERIFY(other.canGrab(other.keycodeOf('s'), kCtrlAltSuper));
         press(QStringLiteral("ctrl+alt+super+d"));
         QTRY_COMPARE(m_received, QList<Command>{Command::shutDown});
@@ -194,21 +124,21 @@ private slots:
 
     void aNewKeyboardMapKeepsTheShortcuts() {
         m_service->registerHotKeys({Command::sleep});
-        OtherClient other(m_desktop->display());
+        X11Client other(m_desktop->display());
         const xcb_keycode_t oldCode = other.keycodeOf('s');
         // A key the map leaves empty takes over S, as a layout switch would move it.
-        uint8_t per = 0;
+        const uint8_t per = other.keysymsPerKeycode();
         xcb_keycode_t newCode = 0;
         for (xcb_keycode_t code = 250; code > 200 && newCode == 0; --code) {
-            const auto syms = other.keysymsOf(code, per);
+            const auto syms = other.keysymsOf(code);
             if (std::all_of(syms.cbegin(), syms.cend(), [](xcb_keysym_t s) { return s == 0; })) {
                 newCode = code;
             }
         }
         QVERIFY(newCode != 0);
-        const std::vector<xcb_keysym_t> sSyms = other.keysymsOf(oldCode, per);
-        other.setKeysyms(newCode, per, sSyms);
-        other.setKeysyms(oldCode, per, std::vector<xcb_keysym_t>(per, 0));
+        const std::vector<xcb_keysym_t> sSyms = other.keysymsOf(oldCode);
+        other.setKeysyms(newCode, sSyms);
+        other.setKeysyms(oldCode, std::vector<xcb_keysym_t>(per, 0));
         QTRY_COMPARE(other.keycodeOf('s'), newCode);
         // Ours once another client can no longer take it.
         QTRY_VERIFY(!other.canGrab(newCode, kCtrlAltSuper));
@@ -219,8 +149,8 @@ private slots:
         QTRY_COMPARE(m_received, QList<Command>{Command::sleep});
         QVERIFY(other.canGrab(oldCode, kCtrlAltSuper));
 
-        other.setKeysyms(oldCode, per, sSyms);
-        other.setKeysyms(newCode, per, std::vector<xcb_keysym_t>(per, 0));
+        other.setKeysyms(oldCode, sSyms);
+        other.setKeysyms(newCode, std::vector<xcb_keysym_t>(per, 0));
     }
 };
 
