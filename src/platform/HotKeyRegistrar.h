@@ -41,7 +41,8 @@ public:
 signals:
     // The combination registered for `id` was pressed.
     void pressed(quint32 id);
-    // A registration accepted earlier does not hold its combination after all.
+    // A registration accepted earlier does not hold its combination after all. The receiver
+    // still releases the reference.
     void refused(quint32 id);
     // The desktop bound `id` to this trigger, in its own words (the user may have chosen it).
     void triggerDescribed(quint32 id, const QString& text);

@@ -90,7 +90,10 @@ void HotKeyService::onRefused(quint32 id) {
         return;
     }
     const AppCommand command = found->second.command;
+    const HotKeyRegistrar::Reference reference = found->second.reference;
     m_registered.erase(found);
+    // Not held, so not kept: the next registration asks afresh.
+    m_registrar.unregisterHotKey(reference);
     reportUnavailable(command);
     m_unavailable.append(command);
     std::sort(m_unavailable.begin(), m_unavailable.end());

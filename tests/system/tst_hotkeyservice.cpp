@@ -131,6 +131,7 @@ private slots:
         emit f.registrar.refused(2); // twice, or for an id never registered: no change
         QCOMPARE(f.service.unavailable(), (QList<Command>{Command::sleep, Command::shutDown}));
         QCOMPARE(published.count(), 2);
+        QCOMPARE(f.registrar.activeIds(), (QList<quint32>{1, 3}));
         emit f.registrar.pressed(4);
         QVERIFY(f.received.isEmpty());
     }

@@ -176,9 +176,7 @@ void PortalHotKeyRegistrar::commit() {
     if (names == m_sessionNames && !m_session.isEmpty()) {
         if (m_bound) {
             // The same set again: the session stands; tell the caller what it already holds.
-            for (const quint32 id : std::as_const(m_refused)) {
-                emit refused(id);
-            }
+            emitRefused(QList<quint32>(m_refused.cbegin(), m_refused.cend()));
             for (auto it = m_triggers.cbegin(); it != m_triggers.cend(); ++it) {
                 emit triggerDescribed(it.key(), it.value());
             }
@@ -333,12 +331,13 @@ void PortalHotKeyRegistrar::applyBoundShortcuts(const QVariant& value, bool refu
         return;
     }
     // A shortcut the desktop left out of its answer is not bound.
+    QList<quint32> missing;
     for (const auto& [reference, request] : m_requests) {
         if (!bound.contains(request.id) && !m_refused.contains(request.id)) {
-            m_refused.insert(request.id);
-            emit refused(request.id);
+            missing.append(request.id);
         }
     }
+    emitRefused(missing);
 }
 
 void PortalHotKeyRegistrar::closeSession() {
@@ -357,10 +356,11 @@ void PortalHotKeyRegistrar::refuseAll(const QString& reason) {
     if (!reason.isEmpty()) {
         logLine(QStringLiteral("system-wide shortcuts are unavailable: %1").arg(reason));
     }
+    QList<quint32> ids;
     for (const auto& [reference, request] : m_requests) {
-        m_refused.insert(request.id);
-        emit refused(request.id);
+        ids.append(request.id);
     }
+    emitRefused(ids);
 }
 
 void PortalHotKeyRegistrar::callWithResponse(const QString& method, QList<QVariant> arguments,
@@ -393,6 +393,14 @@ void PortalHotKeyRegistrar::callWithResponse(const QString& method, QList<QVaria
                 }
                 response->moveTo(reply.value().path());
             });
+}
+
+void PortalHotKeyRegistrar::emitRefused(const QList<quint32>& ids) {
+    // Collected first: a receiver may unregister, which changes m_requests.
+    for (const quint32 id : ids) {
+        m_refused.insert(id);
+        emit refused(id);
+    }
 }
 
 std::optional<quint32> PortalHotKeyRegistrar::idForName(const QString& name) const {

@@ -47,6 +47,7 @@ private:
     void bindShortcuts();
     void closeSession();
     void refuseAll(const QString& reason);
+    void emitRefused(const QList<quint32>& ids);
     void applyBoundShortcuts(const QVariant& shortcuts, bool refuseMissing);
     // Calls a portal method that answers through a Request object's Response signal.
     void callWithResponse(const QString& method, QList<QVariant> arguments, QVariantMap options,
