@@ -51,3 +51,13 @@ def Press(self, shortcut_id):
     self.EmitSignal(MAIN_IFACE, 'Activated', 'osta{sv}',
                     [dbus.ObjectPath(self.sessions[-1]), shortcut_id, dbus.UInt64(0),
                      dbus.Dictionary({}, signature='sv')])
+
+
+@dbus.service.method(MOCK_IFACE, in_signature='ss', out_signature='')
+def Rebind(self, shortcut_id, trigger):
+    '''The user gave the shortcut other keys in the desktop's settings.'''
+    described = dbus.Dictionary({'trigger_description': trigger}, signature='sv')
+    self.EmitSignal(MAIN_IFACE, 'ShortcutsChanged', 'oa(sa{sv})',
+                    [dbus.ObjectPath(self.sessions[-1]),
+                     dbus.Array([dbus.Struct((shortcut_id, described), signature='sa{sv}')],
+                                signature='(sa{sv})')])

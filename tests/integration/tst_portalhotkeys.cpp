@@ -70,12 +70,14 @@ private:
         QTRY_VERIFY_WITH_TIMEOUT(owned(u"org.freedesktop.portal.Desktop"_s), 20'000);
     }
 
-    void press(const QString& id) const {
+    // Drives the mocked desktop: Press(id), Rebind(id, trigger).
+    void desktop(const QString& method, const QVariantList& arguments) const {
         QDBusMessage call = QDBusMessage::createMethodCall(
-            kBackend, kPortalPath, u"org.freedesktop.DBus.Mock"_s, u"Press"_s);
-        call << id;
+            kBackend, kPortalPath, u"org.freedesktop.DBus.Mock"_s, method);
+        call.setArguments(arguments);
         QCOMPARE(m_bus->connection().call(call).type(), QDBusMessage::ReplyMessage);
     }
+    void press(const QString& id) const { desktop(u"Press"_s, {id}); }
 
 private slots:
     void init() {
@@ -138,6 +140,10 @@ private slots:
         press(u"restart"_s);
         QTRY_COMPARE(received.size(), 3);
         QCOMPARE(received.last(), Command::restart);
+
+        // The user has the last word on the keys; Vantle shows what the desktop now uses.
+        desktop(u"Rebind"_s, {u"restart"_s, u"Meta+F9"_s});
+        QTRY_COMPARE(service.keyCap(Command::restart, KeyCapStyle::linuxDesktop), u"Meta+F9"_s);
     }
 
     void withoutThePortalEveryShortcutIsUnavailable() {
