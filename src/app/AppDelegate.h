@@ -13,8 +13,8 @@ namespace vantle {
 
 class AppMonitorService;
 class AppSettings;
-class HotKeyService;
 class AutoQuitManager;
+class HotKeyService;
 class IdleMonitorService;
 class NotificationAuthority;
 class PmsetSync;
