@@ -14,6 +14,7 @@
 #include "schedule/ScheduleCountdownWindow.h"
 #include "schedule/ScheduleMonitorService.h"
 #include "schedule/ScheduleWarningService.h"
+#include "system/HotKeyService.h"
 #include "system/NotificationAuthority.h"
 
 #include <QCoreApplication>
@@ -54,7 +55,8 @@ AppDelegate::AppDelegate(Platform& platform, QObject* parent)
                                                             platform.schedulerTool, *platform.texts,
                                                             platform.userName))
     , m_pmsetSync(new PmsetSync(*platform.clock, *platform.executor, *platform.scripts,
-                                *m_privilegedRunner, *platform.defaults, this)) {}
+                                *m_privilegedRunner, *platform.defaults, this))
+    , m_hotKeys(new HotKeyService(*platform.hotKeys, this)) {}
 
 AppDelegate::~AppDelegate() = default;
 
@@ -136,6 +138,21 @@ void AppDelegate::wireSchedules() {
     // The handle is a member, so the timer cannot outlive the delegate.
     m_hourlySync = m_platform.clock->repeating(
         kResyncInterval, [this] { m_scheduleMonitor->syncPmset(); }, kResyncTolerance);
+
+    // A shortcut runs exactly what the same command from the menu runs.
+    m_hotKeys->onCommand = [self](AppCommand command) {
+        if (self) {
+            self->handleCommand(command);
+        }
+    };
+    registerHotKeys();
+    // Switching a shortcut off or on takes effect at once.
+    connect(m_settings, &AppSettings::disabledShortcutIDsChanged, this,
+            &AppDelegate::registerHotKeys);
+}
+
+void AppDelegate::registerHotKeys() {
+    m_hotKeys->registerHotKeys(m_settings->enabledGlobalCommands());
 }
 
 void AppDelegate::handleCommand(AppCommand command) {

@@ -14,6 +14,7 @@ namespace vantle {
 class AppMonitorService;
 class AppSettings;
 class AutoQuitManager;
+class HotKeyService;
 class IdleMonitorService;
 class NotificationAuthority;
 class PmsetSync;
@@ -45,6 +46,8 @@ public:
     ScheduleWarningService& scheduleWarning() const { return *m_scheduleWarning; }
     PrivilegedRunner& privilegedRunner() const { return *m_privilegedRunner; }
     PmsetSync& pmsetSync() const { return *m_pmsetSync; }
+    // The one holder of the system-wide shortcuts, for the views that show them.
+    HotKeyService& hotKeyService() const { return *m_hotKeys; }
 
     // What a shortcut or a menu item asked for.
     void handleCommand(AppCommand command);
@@ -59,6 +62,7 @@ private:
     void quitAllApps();
     void proceed(ShutdownSchedule::Action action);
     void performWhenAppsHaveQuit(ShutdownSchedule::Action action, int secondsLeft);
+    void registerHotKeys();
 
     Platform& m_platform;
     AppMonitorService* m_appMonitor;
@@ -71,6 +75,7 @@ private:
     ScheduleWarningService* m_scheduleWarning;
     std::unique_ptr<PrivilegedRunner> m_privilegedRunner;
     PmsetSync* m_pmsetSync;
+    HotKeyService* m_hotKeys;
     Timer m_hourlySync;
     // The apps the last quit-all before a restart or shut down asked to quit.
     QList<RunningApplicationRef> m_askedToQuit;

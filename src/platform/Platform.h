@@ -5,6 +5,7 @@
 #include "platform/Clock.h"
 #include "platform/DefaultsStore.h"
 #include "platform/Executor.h"
+#include "platform/HotKeyRegistrar.h"
 #include "platform/IdleTime.h"
 #include "platform/LoginItem.h"
 #include "platform/NotificationCenter.h"
@@ -47,6 +48,8 @@ struct Platform {
     // The app and the diagnostics (which report the notification status).
     std::unique_ptr<NotificationCenter> notifications;
     const ProductTexts* texts = nullptr;
+    // System-wide shortcuts (the app only).
+    std::unique_ptr<HotKeyRegistrar> hotKeys;
 };
 
 } // namespace vantle

@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 #include "fakes/FakeAlerts.h"
 #include "fakes/FakeBundleInfo.h"
+#include "fakes/FakeHotKeyRegistrar.h"
 #include "fakes/FakeIdleTime.h"
 #include "fakes/FakeLoginItem.h"
 #include "fakes/FakeNotificationCenter.h"
@@ -17,6 +18,7 @@
 #include "monitor/AppMonitorService.h"
 #include "platform/NullPanelPlacement.h"
 #include "platform/Platform.h"
+#include "system/HotKeyService.h"
 
 #include <QTest>
 
@@ -62,7 +64,11 @@ struct FakePlatform {
         platform.alerts = std::move(fakeAlerts);
         platform.schedulerTool = PowerSchedulerTool::linuxTool(QStringLiteral("/opt/vantle"));
         platform.userName = QStringLiteral("ada");
+        auto fakeHotKeys = std::make_unique<FakeHotKeyRegistrar>();
+        hotKeys = fakeHotKeys.get();
+        platform.hotKeys = std::move(fakeHotKeys);
     }
+    FakeHotKeyRegistrar* hotKeys;
     FakeScriptRunner* scripts;
     FakeAlerts* alerts;
     FakePowerActions* power;
@@ -192,6 +198,28 @@ private slots:
         delegate.handleCommand(AppCommand::sleep);
         QCOMPARE(fake.power->calls.last(), QStringLiteral("sleep"));
         QCOMPARE(kept->terminateRequests, 0);
+    }
+
+    // The shortcuts follow the settings at once, and a press runs the same command as the menu.
+    void shortcutsFollowTheSettingsAndDispatchLikeTheMenu() {
+        FakePlatform fake;
+        fake.defaults->values[QStringLiteral("scheduleWarningStyle")] = QStringLiteral("never");
+        fake.defaults->values[QStringLiteral("disabledShortcutIDs")] =
+            QStringList{QStringLiteral("quitAllApps")};
+        fake.hotKeys->held = {HotKeyService::hotKeyId(AppCommand::shutDown)};
+        AppDelegate delegate(fake.platform);
+        QVERIFY(fake.hotKeys->active.empty()); // nothing before launch
+        LogCapture log;
+        delegate.applicationDidFinishLaunching();
+        QCOMPARE(fake.hotKeys->activeIds(), (QList<quint32>{2, 3}));
+        QCOMPARE(delegate.hotKeyService().unavailable(), QList<AppCommand>{AppCommand::shutDown});
+        QCOMPARE(log.count(QStringLiteral("could not claim the Shut Down shortcut")), 1);
+
+        emit fake.hotKeys->pressed(HotKeyService::hotKeyId(AppCommand::sleep));
+        QCOMPARE(fake.power->calls, QStringList{QStringLiteral("sleep")});
+
+        delegate.settings().setShortcut(AppCommand::restart, false);
+        QCOMPARE(fake.hotKeys->activeIds(), QList<quint32>{2});
     }
 
     // The schedule warning's notification buttons reach it although the quit warning receives

@@ -12,12 +12,14 @@
 #include "platform/linux/LogindPowerActions.h"
 #include "platform/linux/LogindPowerAssertion.h"
 #include "platform/linux/LogindSleepWatcher.h"
+#include "platform/linux/PortalHotKeyRegistrar.h"
 #include "platform/linux/QtAlerts.h"
 #include "platform/linux/RuntimeLockInstanceGuard.h"
 #include "platform/linux/ShellScriptRunner.h"
 #include "platform/linux/StatusNotifierTray.h"
 #include "platform/linux/UnsupportedWorkspace.h"
 #include "platform/linux/X11Connection.h"
+#include "platform/linux/X11HotKeyRegistrar.h"
 #include "platform/linux/X11PanelPlacement.h"
 #include "platform/linux/X11Workspace.h"
 #include "platform/linux/XScreenSaverIdleTime.h"
@@ -36,6 +38,7 @@ namespace {
 struct LinuxPlatform final : Platform {
     ~LinuxPlatform() override {
         // The facilities hold on to the X connection; let them go first.
+        hotKeys.reset();
         workspace.reset();
         idleTime.reset();
         panelPlacement.reset();
@@ -85,6 +88,16 @@ void attachDesktop(LinuxPlatform& platform) {
     }
 }
 
+// Grabs on the X server where there is one of our own; the desktop portal otherwise.
+void attachHotKeys(LinuxPlatform& platform) {
+    if (platform.x11) {
+        platform.hotKeys = std::make_unique<X11HotKeyRegistrar>(*platform.x11);
+        return;
+    }
+    platform.hotKeys = std::make_unique<PortalHotKeyRegistrar>(QDBusConnection::sessionBus(),
+                                                               QStringLiteral(VANTLE_BUNDLE_ID));
+}
+
 } // namespace
 
 std::unique_ptr<Platform> makePlatform(PlatformUse use) {
@@ -122,6 +135,7 @@ std::unique_ptr<Platform> makePlatform(PlatformUse use) {
         platform->sleepWatcher = std::make_unique<LogindSleepWatcher>(system);
         QObject::connect(platform->sleepWatcher.get(), &LogindSleepWatcher::didWake,
                          platform->workspace.get(), &Workspace::didWake);
+        attachHotKeys(*platform);
     }
     return platform;
 }
