@@ -34,4 +34,20 @@ InstanceGuard::Claim RuntimeLockInstanceGuard::claim() {
     return Claim::Unavailable;
 }
 
+InstanceGuard::Delivery RuntimeLockInstanceGuard::sendAction(const QString& name, QString* error) {
+    switch (m_lock.tryLock()) {
+    case FileLock::Result::Acquired:
+        m_lock.unlock();
+        return Delivery::NotRunning;
+    case FileLock::Result::Busy:
+        *error =
+            QStringLiteral("no D-Bus session bus to hand \"%1\" to the running copy").arg(name);
+        return Delivery::Failed;
+    case FileLock::Result::Failed:
+        break;
+    }
+    *error = QStringLiteral("cannot open %1 (%2)").arg(m_lock.path(), m_lock.errorString());
+    return Delivery::Failed;
+}
+
 } // namespace vantle

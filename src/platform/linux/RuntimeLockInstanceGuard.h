@@ -14,6 +14,8 @@ public:
     explicit RuntimeLockInstanceGuard(QString lockPath, QObject* parent = nullptr);
 
     Claim claim() override;
+    // Can only tell whether a copy runs; without a bus there is no way to hand it the action.
+    Delivery sendAction(const QString& name, QString* error) override;
 
     // <runtime folder>/<name>.lock
     static QString defaultPath(const QString& name);
