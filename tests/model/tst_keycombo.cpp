@@ -31,13 +31,17 @@ private slots:
     }
     void bindings() {
         QFETCH(AppCommand, command);
+        QFETCH(QString, mac);
+        QFETCH(QString, linux);
+        QFETCH(quint32, hotKeyMask);
+        QFETCH(quint64, menuMask);
+        QFETCH(int, keyCode);
         const CommandBinding& binding = commandBinding(command);
         QCOMPARE(binding.command, command);
-        QCOMPARE(binding.keyCap(KeyCapStyle::macOS), QFETCH(QString, mac));
-        QCOMPARE(binding.keyCap(KeyCapStyle::linuxDesktop), QFETCH(QString, linux));
-        QCOMPARE(binding.combo.hotKeyModifierMask(), QFETCH(quint32, hotKeyMask));
-        QCOMPARE(binding.combo.menuModifierMask(), QFETCH(quint64, menuMask));
-        const int keyCode = QFETCH(int, keyCode);
+        QCOMPARE(binding.keyCap(KeyCapStyle::macOS), mac);
+        QCOMPARE(binding.keyCap(KeyCapStyle::linuxDesktop), linux);
+        QCOMPARE(binding.combo.hotKeyModifierMask(), hotKeyMask);
+        QCOMPARE(binding.combo.menuModifierMask(), menuMask);
         QCOMPARE(binding.combo.carbonKeyCode.has_value(), keyCode >= 0);
         QCOMPARE(binding.combo.carbonKeyCode.has_value(), isGlobalCommand(command));
         if (keyCode >= 0) {
