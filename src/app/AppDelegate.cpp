@@ -15,6 +15,8 @@
 #include "schedule/ScheduleMonitorService.h"
 #include "schedule/ScheduleWarningService.h"
 #include "system/NotificationAuthority.h"
+#include "ui/AppearancePalette.h"
+#include "ui/status/StatusBarController.h"
 
 #include <QCoreApplication>
 #include <QPointer>
@@ -134,6 +136,46 @@ void AppDelegate::applicationDidFinishLaunching() {
     // The handle is a member, so the timer cannot outlive the delegate.
     m_hourlySync = m_platform.clock->repeating(
         kResyncInterval, [this] { m_scheduleMonitor->syncPmset(); }, kResyncTolerance);
+
+    createStatusBar();
+}
+
+void AppDelegate::createStatusBar() {
+    if (m_platform.appearance) {
+        m_appearancePalette = new AppearancePalette(*m_platform.appearance, this);
+    }
+    if (!m_platform.trayHost) {
+        return;
+    }
+    StatusBarController::Options options;
+    options.keyCaps = KeyCapStyle::linuxDesktop;
+    // A panel that starts after Vantle at login gets this long; tests and demos shorten it.
+    bool ok = false;
+    const int waitSeconds = qEnvironmentVariableIntValue("VANTLE_TRAY_WAIT_SECONDS", &ok);
+    if (ok && waitSeconds >= 0) {
+        options.trayWait = std::chrono::seconds(waitSeconds);
+    }
+    QPointer<AppDelegate> self(this);
+    m_statusBar = new StatusBarController(
+        *m_appMonitor, *m_settings, *m_platform.trayHost, m_platform.appearance.get(),
+        *m_platform.clock, options,
+        [self](AppCommand command) {
+            if (self) {
+                self->handleCommand(command);
+            }
+        },
+        [self] {
+            return self && self->unavailableShortcuts ? self->unavailableShortcuts()
+                                                      : QSet<AppCommand>();
+        },
+        this);
+    m_statusBar->start();
+}
+
+void AppDelegate::showAppList() {
+    if (m_statusBar) {
+        m_statusBar->showAppList();
+    }
 }
 
 void AppDelegate::handleCommand(AppCommand command) {

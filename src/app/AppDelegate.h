@@ -7,6 +7,8 @@
 
 #include <QList>
 #include <QObject>
+#include <QSet>
+#include <functional>
 #include <memory>
 
 namespace vantle {
@@ -21,6 +23,8 @@ class PrivilegedRunner;
 class QuitWarningService;
 class ScheduleMonitorService;
 class ScheduleWarningService;
+class StatusBarController;
+class AppearancePalette;
 struct AppInfo;
 struct Platform;
 
@@ -48,8 +52,15 @@ public:
 
     // What a shortcut or a menu item asked for.
     void handleCommand(AppCommand command);
+    // A later launch asked to see Vantle: the app list, at the tray icon or as a window.
+    void showAppList();
+    // Null before launch, and where the platform offers no tray host to ask.
+    StatusBarController* statusBar() const { return m_statusBar; }
+    // The shortcuts whose keys could not be claimed; the status menu shows no key for them.
+    std::function<QSet<AppCommand>()> unavailableShortcuts;
 
 private:
+    void createStatusBar();
     void quitApps(const QList<AppInfo>& apps);
     void markJustActive(const QList<AppInfo>& apps);
     void quitAllApps();
@@ -71,6 +82,8 @@ private:
     // The apps the last quit-all before a restart or shut down asked to quit.
     QList<RunningApplicationRef> m_askedToQuit;
     Timer m_powerActionWait;
+    StatusBarController* m_statusBar = nullptr;
+    AppearancePalette* m_appearancePalette = nullptr;
 };
 
 } // namespace vantle

@@ -19,9 +19,11 @@
 #include "platform/linux/FileDefaultsStore.h"
 #include "platform/linux/FreedesktopNotificationCenter.h"
 #include "platform/linux/LinuxBundleInfo.h"
+#include "platform/linux/LinuxTrayHost.h"
 #include "platform/linux/LogindPowerActions.h"
 #include "platform/linux/LogindPowerAssertion.h"
 #include "platform/linux/LogindSleepWatcher.h"
+#include "platform/linux/PortalAppearance.h"
 #include "platform/linux/QtAlerts.h"
 #include "platform/linux/ShellScriptRunner.h"
 #include "platform/linux/StatusNotifierTray.h"
@@ -44,6 +46,7 @@ struct LinuxPlatform final : Platform {
     ~LinuxPlatform() override {
         // The facilities hold on to the X connection; let them go first.
         workspace.reset();
+        trayHost.reset();
         idleTime.reset();
         panelPlacement.reset();
     }
@@ -130,6 +133,8 @@ std::unique_ptr<Platform> makePlatform(PlatformUse use) {
         platform->powerActions = std::make_unique<LogindPowerActions>(system, session, [bundle] {
             return bundle->otherAppsStillRunning && bundle->otherAppsStillRunning();
         });
+        platform->trayHost = std::make_unique<LinuxTrayHost>(session, platform->x11.get());
+        platform->appearance = std::make_unique<PortalAppearance>(session);
         platform->sleepWatcher = std::make_unique<LogindSleepWatcher>(system);
         QObject::connect(platform->sleepWatcher.get(), &LogindSleepWatcher::didWake,
                          platform->workspace.get(), &Workspace::didWake);

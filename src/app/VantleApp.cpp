@@ -150,8 +150,11 @@ int VantleApp::runApplication() {
 
     const std::unique_ptr<Platform> platform = makePlatform(PlatformUse::Application);
     m_appDelegate = std::make_unique<AppDelegate>(*platform);
-    QObject::connect(guard.get(), &InstanceGuard::activationRequested, m_appDelegate.get(),
-                     [] { logLine(QStringLiteral("another launch asked to show Vantle")); });
+    AppDelegate* delegate = m_appDelegate.get();
+    QObject::connect(guard.get(), &InstanceGuard::activationRequested, delegate, [delegate] {
+        logLine(QStringLiteral("another launch asked to show Vantle"));
+        delegate->showAppList();
+    });
 
     TerminationSignals terminationSignals;
     QObject::connect(&terminationSignals, &TerminationSignals::terminationRequested, qApp,

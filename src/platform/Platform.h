@@ -4,6 +4,7 @@
 #include "platform/BundleInfo.h"
 #include "platform/Clock.h"
 #include "platform/DefaultsStore.h"
+#include "platform/DesktopAppearance.h"
 #include "platform/Executor.h"
 #include "platform/IdleTime.h"
 #include "platform/LoginItem.h"
@@ -13,6 +14,7 @@
 #include "platform/PowerAssertion.h"
 #include "platform/PowerSchedulerTool.h"
 #include "platform/ScriptRunner.h"
+#include "platform/TrayHost.h"
 #include "platform/Workspace.h"
 
 #include <functional>
@@ -51,6 +53,10 @@ struct Platform {
     // Opens the desktop's notification settings; false when it could not.
     std::function<bool()> openNotificationSettings;
     const ProductTexts* texts = nullptr;
+    // The app only: where the tray icon can go, and the desktop's light or dark appearance.
+    // Null where there is no desktop to ask.
+    std::unique_ptr<TrayHost> trayHost;
+    std::unique_ptr<DesktopAppearance> appearance;
 };
 
 } // namespace vantle
