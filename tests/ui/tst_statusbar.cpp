@@ -171,15 +171,23 @@ private slots:
         QVERIFY(bar->panel()->isVisible());
         QVERIFY(bar->isPopup());
         QVERIFY(f->monitor.isListVisible());
-        bar->panel()->hide(); // a click elsewhere
+        QTest::mousePress(bar->panel(), Qt::LeftButton, {}, QPoint(-20, -20)); // elsewhere
+        QVERIFY(!bar->panel()->isVisible());
         QVERIFY(!f->monitor.isListVisible());
         bar->togglePopup(); // the same click landing on the icon
         QVERIFY(!bar->panel()->isVisible());
         f->clock.advance(1s);
         bar->togglePopup();
         QVERIFY(bar->panel()->isVisible());
+        QTest::mouseRelease(bar->panel(), Qt::LeftButton, {}, QPoint(-20, -20));
         bar->togglePopup();
         QVERIFY(!bar->panel()->isVisible());
+        // Escape leaves no click behind: the icon opens the list again at once.
+        bar->togglePopup();
+        QTest::keyClick(bar->panel(), Qt::Key_Escape);
+        QVERIFY(!bar->panel()->isVisible());
+        bar->togglePopup();
+        QVERIFY(bar->panel()->isVisible());
     }
 
     void theMenuClosesThePopupAndSendsCommands() {

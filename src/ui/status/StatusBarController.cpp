@@ -287,7 +287,10 @@ bool StatusBarController::eventFilter(QObject* watched, QEvent* event) {
             break;
         case QEvent::Hide:
             m_monitor.setListVisible(false);
-            m_lastPopupClose = m_clock.monotonicNow();
+            // Only a press outside the popup can be a press on the icon; Escape or a quit is not.
+            m_lastPopupClose = QGuiApplication::mouseButtons() != Qt::NoButton
+                                   ? std::optional(m_clock.monotonicNow())
+                                   : std::nullopt;
             break;
         case QEvent::Close:
             if (!isPopup() && !m_windowClosedNoted) {
