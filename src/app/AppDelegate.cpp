@@ -16,6 +16,8 @@
 #include "schedule/ScheduleWarningService.h"
 #include "system/HotKeyService.h"
 #include "system/NotificationAuthority.h"
+#include "ui/AppearancePalette.h"
+#include "ui/status/StatusBarController.h"
 
 #include <QCoreApplication>
 #include <QPointer>
@@ -72,6 +74,8 @@ void AppDelegate::applicationDidFinishLaunching() {
     wireAutoQuit();
     wireWarnings();
     wireSchedules();
+    wireHotKeys();
+    createStatusBar();
 }
 
 void AppDelegate::wireAutoQuit() {
@@ -138,7 +142,10 @@ void AppDelegate::wireSchedules() {
     // The handle is a member, so the timer cannot outlive the delegate.
     m_hourlySync = m_platform.clock->repeating(
         kResyncInterval, [this] { m_scheduleMonitor->syncPmset(); }, kResyncTolerance);
+}
 
+void AppDelegate::wireHotKeys() {
+    QPointer<AppDelegate> self(this);
     // A shortcut runs exactly what the same command from the menu runs.
     m_hotKeys->onCommand = [self](AppCommand command) {
         if (self) {
@@ -153,6 +160,45 @@ void AppDelegate::wireSchedules() {
 
 void AppDelegate::registerHotKeys() {
     m_hotKeys->registerHotKeys(m_settings->enabledGlobalCommands());
+}
+
+void AppDelegate::createStatusBar() {
+    if (m_platform.appearance) {
+        m_appearancePalette = new AppearancePalette(*m_platform.appearance, this);
+    }
+    if (!m_platform.trayHost) {
+        return;
+    }
+    StatusBarController::Options options;
+    options.keyCaps = KeyCapStyle::linuxDesktop;
+    // A panel that starts after Vantle at login gets this long; tests and demos shorten it.
+    bool ok = false;
+    const int waitSeconds = qEnvironmentVariableIntValue("VANTLE_TRAY_WAIT_SECONDS", &ok);
+    if (ok && waitSeconds >= 0) {
+        options.trayWait = std::chrono::seconds(waitSeconds);
+    }
+    QPointer<AppDelegate> self(this);
+    m_statusBar = new StatusBarController(
+        *m_appMonitor, *m_settings, *m_platform.trayHost, m_platform.appearance.get(),
+        *m_platform.clock, options,
+        [self](AppCommand command) {
+            if (self) {
+                self->handleCommand(command);
+            }
+        },
+        [self] {
+            const QList<AppCommand> refused =
+                self ? self->m_hotKeys->unavailable() : QList<AppCommand>();
+            return QSet<AppCommand>(refused.cbegin(), refused.cend());
+        },
+        this);
+    m_statusBar->start();
+}
+
+void AppDelegate::showAppList() {
+    if (m_statusBar) {
+        m_statusBar->showAppList();
+    }
 }
 
 void AppDelegate::handleCommand(AppCommand command) {

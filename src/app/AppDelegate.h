@@ -7,6 +7,8 @@
 
 #include <QList>
 #include <QObject>
+#include <QSet>
+#include <functional>
 #include <memory>
 
 namespace vantle {
@@ -22,6 +24,8 @@ class PrivilegedRunner;
 class QuitWarningService;
 class ScheduleMonitorService;
 class ScheduleWarningService;
+class StatusBarController;
+class AppearancePalette;
 struct AppInfo;
 struct Platform;
 
@@ -51,13 +55,19 @@ public:
 
     // What a shortcut or a menu item asked for.
     void handleCommand(AppCommand command);
+    // A later launch asked to see Vantle: the app list, at the tray icon or as a window.
+    void showAppList();
+    // Null before launch, and where the platform offers no tray host to ask.
+    StatusBarController* statusBar() const { return m_statusBar; }
 
 private:
     // The wiring of applicationDidFinishLaunching(), one feature each.
     void wireAutoQuit();
     void wireWarnings();
     void wireSchedules();
+    void wireHotKeys();
 
+    void createStatusBar();
     void quitApps(const QList<AppInfo>& apps);
     void quitAllApps();
     void proceed(ShutdownSchedule::Action action);
@@ -80,6 +90,8 @@ private:
     // The apps the last quit-all before a restart or shut down asked to quit.
     QList<RunningApplicationRef> m_askedToQuit;
     Timer m_powerActionWait;
+    StatusBarController* m_statusBar = nullptr;
+    AppearancePalette* m_appearancePalette = nullptr;
 };
 
 } // namespace vantle

@@ -210,11 +210,14 @@ int VantleApp::runApplication() {
 
     const std::unique_ptr<Platform> platform = makePlatform(PlatformUse::Application);
     m_appDelegate = std::make_unique<AppDelegate>(*platform);
-    QObject::connect(guard.get(), &InstanceGuard::activationRequested, m_appDelegate.get(),
-                     [] { logLine(QStringLiteral("another launch asked to show Vantle")); });
+    AppDelegate* delegate = m_appDelegate.get();
+    QObject::connect(guard.get(), &InstanceGuard::activationRequested, delegate, [delegate] {
+        logLine(QStringLiteral("another launch asked to show Vantle"));
+        delegate->showAppList();
+    });
     // `vantle --command NAME` from a terminal or the desktop's own shortcut settings.
-    QObject::connect(guard.get(), &InstanceGuard::actionRequested, m_appDelegate.get(),
-                     [delegate = m_appDelegate.get()](const QString& name) {
+    QObject::connect(guard.get(), &InstanceGuard::actionRequested, delegate,
+                     [delegate](const QString& name) {
                          if (const auto command = globalCommand(name)) {
                              delegate->handleCommand(*command);
                          } else {

@@ -138,6 +138,14 @@ void AppMonitorService::finishQuit(quint64 id, const QList<QuitRequest>& request
     }
 }
 
+void AppMonitorService::forceQuit(const QList<AppInfo>& apps) {
+    for (const AppInfo& info : apps) {
+        if (const RunningApplicationRef app = m_workspace.application(info.id)) {
+            app->forceTerminate();
+        }
+    }
+}
+
 QList<RunningApplicationRef> AppMonitorService::quitAll(bool force,
                                                         const QStringList& excludedBundleIDs,
                                                         bool protectMenuBarApps) {

@@ -4,6 +4,7 @@
 #include "platform/BundleInfo.h"
 #include "platform/Clock.h"
 #include "platform/DefaultsStore.h"
+#include "platform/DesktopAppearance.h"
 #include "platform/Executor.h"
 #include "platform/HotKeyRegistrar.h"
 #include "platform/IdleTime.h"
@@ -14,6 +15,7 @@
 #include "platform/PowerAssertion.h"
 #include "platform/PowerSchedulerTool.h"
 #include "platform/ScriptRunner.h"
+#include "platform/TrayHost.h"
 #include "platform/Workspace.h"
 
 #include <functional>
@@ -50,6 +52,10 @@ struct Platform {
     const ProductTexts* texts = nullptr;
     // System-wide shortcuts (the app only).
     std::unique_ptr<HotKeyRegistrar> hotKeys;
+    // The app only: where the tray icon can go, and the desktop's light or dark appearance.
+    // Null where there is no desktop to ask.
+    std::unique_ptr<TrayHost> trayHost;
+    std::unique_ptr<DesktopAppearance> appearance;
 };
 
 } // namespace vantle

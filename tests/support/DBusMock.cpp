@@ -36,6 +36,18 @@ std::unique_ptr<QProcess> startDBusMock(const QString& busAddress, const QString
     return mock;
 }
 
+std::unique_ptr<QProcess> startDBusMockObject(const QString& busAddress, const QString& name,
+                                              const QString& path, const QString& interface) {
+    auto mock = std::make_unique<QProcess>();
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), busAddress);
+    mock->setProcessEnvironment(env);
+    mock->setStandardOutputFile(QProcess::nullDevice());
+    mock->start(kPython, {QStringLiteral("-m"), QStringLiteral("dbusmock"),
+                          QStringLiteral("--session"), name, path, interface});
+    return mock;
+}
+
 QList<QVariantList> mockedCalls(QDBusConnection bus, const QString& service, const QString& path,
                                 const QString& method) {
     QDBusMessage call =

@@ -20,6 +20,11 @@ bool hasDBusMock();
 std::unique_ptr<QProcess> startDBusMock(const QString& busAddress, const QString& templateName,
                                         const QStringList& extraArguments = {});
 
+// Starts a bare mock object `path` with `interface` under the session-bus name `name`; tests give
+// it methods and properties through org.freedesktop.DBus.Mock.
+std::unique_ptr<QProcess> startDBusMockObject(const QString& busAddress, const QString& name,
+                                              const QString& path, const QString& interface);
+
 // The arguments of every call of `method` the mock object at `service`/`path` received.
 QList<QVariantList> mockedCalls(QDBusConnection bus, const QString& service, const QString& path,
                                 const QString& method);

@@ -9,9 +9,11 @@
 #include "platform/linux/FileDefaultsStore.h"
 #include "platform/linux/FreedesktopNotificationCenter.h"
 #include "platform/linux/LinuxBundleInfo.h"
+#include "platform/linux/LinuxTrayHost.h"
 #include "platform/linux/LogindPowerActions.h"
 #include "platform/linux/LogindPowerAssertion.h"
 #include "platform/linux/LogindSleepWatcher.h"
+#include "platform/linux/PortalAppearance.h"
 #include "platform/linux/PortalHotKeyRegistrar.h"
 #include "platform/linux/QtAlerts.h"
 #include "platform/linux/RuntimeLockInstanceGuard.h"
@@ -40,6 +42,7 @@ struct LinuxPlatform final : Platform {
         // The facilities hold on to the X connection; let them go first.
         hotKeys.reset();
         workspace.reset();
+        trayHost.reset();
         idleTime.reset();
         panelPlacement.reset();
     }
@@ -132,6 +135,8 @@ std::unique_ptr<Platform> makePlatform(PlatformUse use) {
         const QDBusConnection session = QDBusConnection::sessionBus();
         platform->powerAssertion = std::make_unique<LogindPowerAssertion>(system, session);
         platform->powerActions = std::make_unique<LogindPowerActions>(system, session);
+        platform->trayHost = std::make_unique<LinuxTrayHost>(session, platform->x11.get());
+        platform->appearance = std::make_unique<PortalAppearance>(session);
         platform->sleepWatcher = std::make_unique<LogindSleepWatcher>(system);
         QObject::connect(platform->sleepWatcher.get(), &LogindSleepWatcher::didWake,
                          platform->workspace.get(), &Workspace::didWake);
