@@ -15,6 +15,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace vantle {
 
@@ -67,7 +68,11 @@ AdvancedTab::AdvancedTab(const SettingsContext& context, QWidget* parent)
     layout->addWidget(m_remove, 0, Qt::AlignLeft);
     layout->addStretch(1);
 
+    // Wide enough for either text, so the button does not jump when it says it copied.
+    setCopied(true);
+    const int copiedWidth = m_copy->sizeHint().width();
     setCopied(false);
+    m_copy->setMinimumWidth(std::max(copiedWidth, m_copy->sizeHint().width()));
     setStatus(m_status);
 }
 
