@@ -35,9 +35,14 @@ const QStringList Uninstaller::kSettingsDomains{
     QStringLiteral("com.yourname.EBB"),
 };
 
-const QString Uninstaller::Error::kDescription = QStringLiteral(
-    "Vantle could not change the power schedule, so nothing was removed. This usually means the "
-    "password prompt was cancelled.");
+QString Uninstaller::UninstallError::description() const {
+    return QStringLiteral("Vantle could not change the power schedule, so nothing was removed. "
+                          "This usually means the password prompt was cancelled.");
+}
+
+Uninstaller::UninstallError Uninstaller::UninstallError::privilegedStepFailed(QString detail) {
+    return {Kind::privilegedStepFailed, std::move(detail)};
+}
 
 QStringList Uninstaller::Plan::stepLines(const ProductTexts& texts) const {
     QStringList lines;
@@ -124,7 +129,7 @@ QString Uninstaller::administratorScript(const Plan& plan, const PowerSchedulerT
     return commands.join(QStringLiteral("; "));
 }
 
-std::optional<Uninstaller::Error> Uninstaller::run(const Plan& plan) {
+std::optional<Uninstaller::UninstallError> Uninstaller::run(const Plan& plan) {
     // First and all or nothing: if the events cannot be cancelled, the user keeps a working app
     // rather than a machine that wakes for an app that is gone.
     if (const QString script = administratorScript(plan, m_parts.tool); !script.isEmpty()) {
@@ -134,7 +139,7 @@ std::optional<Uninstaller::Error> Uninstaller::run(const Plan& plan) {
                                        ? QStringLiteral("the password prompt was dismissed")
                                        : outcome.description();
             logLine(QStringLiteral("removal stopped, nothing removed: %1").arg(detail));
-            return Error{detail};
+            return UninstallError::privilegedStepFailed(detail);
         }
     }
     if (plan.isLoginItem) {

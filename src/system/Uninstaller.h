@@ -39,12 +39,17 @@ public:
         QString programNote() const;
     };
 
-    // The administrator step failed (or its prompt was dismissed); nothing was removed.
-    struct Error {
+    // Why a removal stopped. Its one case: the administrator step failed (or its prompt was
+    // dismissed), and nothing was removed.
+    struct UninstallError {
+        enum class Kind { privilegedStepFailed };
+        Kind kind = Kind::privilegedStepFailed;
         // What the script run reported, for the log.
         QString detail;
-        // What the user is told.
-        static const QString kDescription;
+
+        // What the user is told; the same for every failure of that step.
+        QString description() const;
+        static UninstallError privilegedStepFailed(QString detail);
     };
 
     struct Parts {
@@ -62,7 +67,7 @@ public:
     Plan plan() const;
     // Runs the removal. On failure of the administrator step returns the error and has changed
     // nothing; otherwise every later step is tried (failures are logged) and `onRemoved` runs.
-    std::optional<Error> run(const Plan& plan);
+    std::optional<UninstallError> run(const Plan& plan);
 
     // Closes the windows and ends the app; the composition root sets it.
     std::function<void()> onRemoved;

@@ -21,6 +21,10 @@ using vantle::testing::VirtualDesktop;
 
 namespace {
 
+const QString kRemovalFailed =
+    u"Vantle could not change the power schedule, so nothing was removed. This usually means "
+    u"the password prompt was cancelled."_s;
+
 const QString kEvent = u"wake|11/17/98 07:30:00"_s;
 
 bool writeScript(const QString& path, const QString& text) {
@@ -181,7 +185,7 @@ private slots:
         sheet->removeButton()->click();
         const bool dismissed = pkexecExit == u"126"_s;
         if (dismissed) {
-            QTRY_COMPARE(sheet->errorText(), Uninstaller::Error::kDescription);
+            QTRY_COMPARE(sheet->errorText(), kRemovalFailed);
         } else {
             QTRY_COMPARE(f->removedCount, 1);
         }

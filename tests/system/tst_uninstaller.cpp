@@ -223,7 +223,7 @@ private slots:
         f->scripts->administratorOutcome = outcomeOf(adminStatus);
         f->loginItem->registered = login;
         LogCapture log;
-        const std::optional<Uninstaller::Error> error =
+        const std::optional<Uninstaller::UninstallError> error =
             f->uninstaller->run({events, rule, login, installation});
         QCOMPARE(journal, expected);
         QVERIFY2(log.count(logged) == 1, qPrintable(log.lines.join(u'\n')));

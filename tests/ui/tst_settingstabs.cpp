@@ -18,6 +18,10 @@ Q_DECLARE_METATYPE(AuthorizationStatus)
 
 namespace {
 
+const QString kRemovalFailed =
+    u"Vantle could not change the power schedule, so nothing was removed. This usually means "
+    u"the password prompt was cancelled."_s;
+
 QStringList labelTexts(const QWidget& widget) {
     QStringList texts;
     for (const QLabel* label : widget.findChildren<QLabel*>()) {
@@ -174,7 +178,7 @@ private slots:
         QCOMPARE(sheet->removeButton()->text(), u"Removing…"_s);
         QVERIFY(!sheet->cancelButton()->isEnabled());
         if (dismiss) {
-            QTRY_COMPARE(sheet->errorText(), Uninstaller::Error::kDescription);
+            QTRY_COMPARE(sheet->errorText(), kRemovalFailed);
             QVERIFY(sheet->isVisible());
             QCOMPARE(sheet->removeButton()->text(), u"Remove Vantle"_s);
             QVERIFY(f->loginItem->registered);

@@ -96,8 +96,8 @@ void RemovalSheet::startRemoval() {
 }
 
 void RemovalSheet::runRemoval() {
-    if (const std::optional<Uninstaller::Error> error = m_uninstaller.run(m_plan)) {
-        m_error->setText(Uninstaller::Error::kDescription);
+    if (const std::optional<Uninstaller::UninstallError> error = m_uninstaller.run(m_plan)) {
+        m_error->setText(error->description());
         m_error->show();
         m_remove->setText(QStringLiteral("Remove Vantle"));
         m_remove->setEnabled(true);
