@@ -16,9 +16,12 @@
 #include "schedule/ScheduleWarningService.h"
 #include "system/HotKeyService.h"
 #include "system/NotificationAuthority.h"
+#include "system/Uninstaller.h"
+#include "system/UpdateService.h"
 #include "ui/AppearancePalette.h"
 #include "ui/status/StatusBarController.h"
 
+#include <QApplication>
 #include <QCoreApplication>
 #include <QPointer>
 #include <algorithm>
@@ -58,7 +61,17 @@ AppDelegate::AppDelegate(Platform& platform, QObject* parent)
                                                             platform.userName))
     , m_pmsetSync(new PmsetSync(*platform.clock, *platform.executor, *platform.scripts,
                                 *m_privilegedRunner, *platform.defaults, this))
-    , m_hotKeys(new HotKeyService(*platform.hotKeys, this)) {}
+    , m_hotKeys(new HotKeyService(*platform.hotKeys, this))
+    , m_uninstaller(std::make_unique<Uninstaller>(Uninstaller::Parts{
+          *m_settings, *platform.defaults, *platform.scripts, *platform.loginItem, *platform.files,
+          platform.schedulerTool, platform.installation}))
+    , m_updates(new UpdateService(platform.updater.get(), *platform.clock, this)) {
+    // Removed: every window closes and the app ends.
+    m_uninstaller->onRemoved = [] {
+        QApplication::closeAllWindows();
+        QCoreApplication::quit();
+    };
+}
 
 AppDelegate::~AppDelegate() = default;
 
@@ -74,6 +87,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     wireAutoQuit();
     wireWarnings();
     wireSchedules();
+    m_updates->startUpdater();
     wireHotKeys();
     createStatusBar();
 }

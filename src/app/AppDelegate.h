@@ -21,6 +21,8 @@ class IdleMonitorService;
 class NotificationAuthority;
 class PmsetSync;
 class PrivilegedRunner;
+class Uninstaller;
+class UpdateService;
 class QuitWarningService;
 class ScheduleMonitorService;
 class ScheduleWarningService;
@@ -52,6 +54,9 @@ public:
     PmsetSync& pmsetSync() const { return *m_pmsetSync; }
     // The one holder of the system-wide shortcuts, for the views that show them.
     HotKeyService& hotKeyService() const { return *m_hotKeys; }
+    // Removing Vantle (the Advanced tab) and updating it (the General tab, the menu).
+    Uninstaller& uninstaller() const { return *m_uninstaller; }
+    UpdateService& updates() const { return *m_updates; }
 
     // What a shortcut or a menu item asked for.
     void handleCommand(AppCommand command);
@@ -86,6 +91,8 @@ private:
     std::unique_ptr<PrivilegedRunner> m_privilegedRunner;
     PmsetSync* m_pmsetSync;
     HotKeyService* m_hotKeys;
+    std::unique_ptr<Uninstaller> m_uninstaller;
+    UpdateService* m_updates;
     Timer m_hourlySync;
     // The apps the last quit-all before a restart or shut down asked to quit.
     QList<RunningApplicationRef> m_askedToQuit;

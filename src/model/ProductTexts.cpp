@@ -23,6 +23,22 @@ const ProductTexts& ProductTexts::macOS() {
             "Vantle will remove the rule that let it change the Mac's power schedule without a "
             "password. Your schedules keep working — macOS will simply ask for your password each "
             "time they change.\n\nmacOS will ask for your password next."),
+        .removalCancelEventsStep = QStringLiteral("Cancel %1 Vantle registered with macOS"),
+        .removalExplanation = QStringLiteral(
+            "Dragging Vantle to the Trash is not enough on its own: Wake and Power On times are "
+            "held by macOS and would still happen. This cancels them, removes the Always Allow "
+            "rule if there is one, clears Vantle's settings and moves it to the Trash. It shows "
+            "you exactly what it will do first."),
+        .removalPasswordLine = QStringLiteral(
+            "macOS will ask for your administrator password, because only an administrator can "
+            "change the power schedule."),
+        .removalSystemKeeps = QStringLiteral(
+            "Two things macOS keeps, which Vantle cannot remove: its notification permission, "
+            "under System Settings › Notifications, and its Automation permission, under Privacy "
+            "& Security › Automation. Reinstalling reuses both, so you are not asked again."),
+        .aboutTagline = QStringLiteral("App control for your menu bar"),
+        .quitOnDemandDetail = QStringLiteral("Select apps in the menu bar and quit them together."),
+        .systemIdleDetail = QStringLiteral("Clear everything once the Mac has sat unused."),
     };
     return texts;
 }
@@ -48,6 +64,23 @@ const ProductTexts& ProductTexts::linuxDesktop() {
             "Vantle will remove the rule that let it change the computer's power schedule without "
             "a password. Your schedules keep working — Linux will simply ask for your password "
             "each time they change.\n\nLinux will ask for your password next."),
+        .removalCancelEventsStep = QStringLiteral("Cancel %1 Vantle registered with systemd"),
+        .removalExplanation = QStringLiteral(
+            "Deleting Vantle's program is not enough on its own: Wake and Power On times are held "
+            "by systemd and would still happen. This cancels them, removes the Always Allow rule "
+            "if there is one, clears Vantle's settings and removes the program where it can. It "
+            "shows you exactly what it will do first."),
+        .removalPasswordLine = QStringLiteral(
+            "Linux will ask for your administrator password, because only an administrator can "
+            "change the power schedule."),
+        .removalSystemKeeps = QStringLiteral(
+            "Things the desktop keeps, which Vantle cannot remove: its notification setting, in "
+            "the desktop's notification settings, and on Wayland its shortcut bindings, in the "
+            "desktop's keyboard settings. Reinstalling reuses them, so you are not asked again."),
+        .aboutTagline = QStringLiteral("App control for your system tray"),
+        .quitOnDemandDetail =
+            QStringLiteral("Select apps in the system tray and quit them together."),
+        .systemIdleDetail = QStringLiteral("Clear everything once the computer has sat unused."),
     };
     return texts;
 }

@@ -21,6 +21,16 @@ struct ProductTexts {
     // Before installing and before removing the Always Allow rule; %1 is the scheduler's path.
     QString installRuleExplanation;
     QString removeRuleExplanation;
+    // Removing Vantle: the first step line (%1 is "N scheduled power event(s)"), the Advanced
+    // tab's explanation, the removal sheet's password line and what the system keeps.
+    QString removalCancelEventsStep;
+    QString removalExplanation;
+    QString removalPasswordLine;
+    QString removalSystemKeeps;
+    // The About tab: the tagline, and the two feature details that name the desktop.
+    QString aboutTagline;
+    QString quitOnDemandDetail;
+    QString systemIdleDetail;
 
     static const ProductTexts& macOS();
     static const ProductTexts& linuxDesktop();

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "platform/Alerts.h"
+#include "platform/AppInstallation.h"
 #include "platform/BundleInfo.h"
 #include "platform/Clock.h"
 #include "platform/DefaultsStore.h"
 #include "platform/DesktopAppearance.h"
 #include "platform/Executor.h"
+#include "platform/FileOps.h"
 #include "platform/HotKeyRegistrar.h"
 #include "platform/IdleTime.h"
 #include "platform/LoginItem.h"
@@ -16,6 +18,7 @@
 #include "platform/PowerSchedulerTool.h"
 #include "platform/ScriptRunner.h"
 #include "platform/TrayHost.h"
+#include "platform/Updater.h"
 #include "platform/Workspace.h"
 
 #include <functional>
@@ -52,6 +55,11 @@ struct Platform {
     const ProductTexts* texts = nullptr;
     // System-wide shortcuts (the app only).
     std::unique_ptr<HotKeyRegistrar> hotKeys;
+    // The user's files, and how this copy was installed: what removing Vantle deletes.
+    std::unique_ptr<FileOps> files;
+    AppInstallation installation;
+    // The self-update framework; null where the package manager updates Vantle.
+    std::unique_ptr<Updater> updater;
     // The app only: where the tray icon can go, and the desktop's light or dark appearance.
     // Null where there is no desktop to ask.
     std::unique_ptr<TrayHost> trayHost;

@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 #include "fakes/FakeAlerts.h"
 #include "fakes/FakeBundleInfo.h"
+#include "fakes/FakeFileOps.h"
 #include "fakes/FakeHotKeyRegistrar.h"
 #include "fakes/FakeIdleTime.h"
 #include "fakes/FakeLoginItem.h"
@@ -67,6 +68,7 @@ struct FakePlatform {
         auto fakeHotKeys = std::make_unique<FakeHotKeyRegistrar>();
         hotKeys = fakeHotKeys.get();
         platform.hotKeys = std::move(fakeHotKeys);
+        platform.files = std::make_unique<FakeFileOps>();
     }
     FakeHotKeyRegistrar* hotKeys;
     FakeScriptRunner* scripts;

@@ -2,12 +2,16 @@
 
 #include "platform/LoginItem.h"
 
+#include <QStringList>
+
 namespace vantle {
 
 struct FakeLoginItem final : LoginItem {
     bool registered = false;
     bool failRegistration = false;
     int registerCalls = 0;
+    // When set, unregistering is written here, in order with other fakes' changes.
+    QStringList* journal = nullptr;
 
     bool isRegistered() const override { return registered; }
     bool registerItem(QString* error) override {
@@ -22,6 +26,9 @@ struct FakeLoginItem final : LoginItem {
         return true;
     }
     bool unregisterItem(QString*) override {
+        if (journal) {
+            journal->append(QStringLiteral("unregister login item"));
+        }
         registered = false;
         return true;
     }

@@ -4,7 +4,8 @@
 
 namespace vantle {
 
-// Records what is posted and removed; answers status queries at once with `status`.
+// Records what is posted and removed; answers status queries at once with `status`, or never
+// when `answersStatus` is false (a notification server that does not reply).
 class FakeNotificationCenter final : public NotificationCenter {
     Q_OBJECT
 public:
@@ -14,7 +15,9 @@ public:
     void removeDelivered(const QStringList& identifiers) override { removed.append(identifiers); }
     void readAuthorizationStatus(std::function<void(AuthorizationStatus)> done) override {
         ++statusReads;
-        done(status);
+        if (answersStatus) {
+            done(status);
+        }
     }
     void requestAuthorization(std::function<void(bool)> done) override {
         ++authorizationRequests;
@@ -36,6 +39,7 @@ public:
 
     AuthorizationStatus status = AuthorizationStatus::authorized;
     bool grantOnRequest = true;
+    bool answersStatus = true;
     QList<NotificationCategory> categoryList;
     QList<NotificationRequest> posted;
     QStringList removed;

@@ -18,6 +18,8 @@ struct FakeScriptRunner final : ScriptRunner {
     ScriptOutcome administratorOutcome = ScriptOutcome::success();
     // Files that exist once an administrator run has succeeded (a rule it installs, say).
     QSet<QString> filesCreatedByAdministrator;
+    // When set, administrator runs are also written here, in order with other fakes' changes.
+    QStringList* journal = nullptr;
 
     ScriptOutcome run(const QString& script) override {
         plainRuns.append(script);
@@ -25,6 +27,9 @@ struct FakeScriptRunner final : ScriptRunner {
     }
     ScriptOutcome runAsAdministrator(const QString& script) override {
         administratorRuns.append(script);
+        if (journal) {
+            journal->append(QStringLiteral("admin ") + script);
+        }
         if (administratorOutcome.succeeded()) {
             existingFiles.unite(filesCreatedByAdministrator);
         }

@@ -9,6 +9,7 @@
 #include "platform/linux/FileDefaultsStore.h"
 #include "platform/linux/FreedesktopNotificationCenter.h"
 #include "platform/linux/LinuxBundleInfo.h"
+#include "platform/linux/LinuxFileOps.h"
 #include "platform/linux/LinuxTrayHost.h"
 #include "platform/linux/LogindPowerActions.h"
 #include "platform/linux/LogindPowerAssertion.h"
@@ -28,6 +29,7 @@
 #include "platform/linux/XdgAutostartLoginItem.h"
 
 #include <QDBusError>
+#include <QDir>
 #include <QGuiApplication>
 #include <pwd.h>
 #include <unistd.h>
@@ -124,6 +126,10 @@ std::unique_ptr<Platform> makePlatform(PlatformUse use) {
     // Shipped beside the app, so the rule and the prompts name the copy that really runs.
     platform->schedulerTool = PowerSchedulerTool::linuxTool(QCoreApplication::applicationDirPath());
     platform->userName = currentUserName();
+    platform->files = std::make_unique<LinuxFileOps>();
+    platform->installation = AppInstallation::detect(qEnvironmentVariable("APPIMAGE"),
+                                                     QCoreApplication::applicationDirPath(),
+                                                     QDir::homePath(), *platform->files);
     if (use != PlatformUse::Inspection) {
         attachDesktop(*platform);
     }

@@ -7,6 +7,7 @@ class AppSettings;
 class HotKeyService;
 class NotificationAuthority;
 class PrivilegedRunner;
+class Uninstaller;
 struct Platform;
 
 // What the settings window's tabs read and change. Every tab is built from the same context, so
@@ -18,6 +19,8 @@ struct SettingsContext {
     PrivilegedRunner& privileged;
     HotKeyService& hotKeys;
     NotificationAuthority& notifications;
+    // The Advanced tab's complete removal.
+    Uninstaller& uninstaller;
 };
 
 } // namespace vantle
