@@ -23,6 +23,24 @@ const ProductTexts& ProductTexts::macOS() {
             "Vantle will remove the rule that let it change the Mac's power schedule without a "
             "password. Your schedules keep working — macOS will simply ask for your password each "
             "time they change.\n\nmacOS will ask for your password next."),
+        .keyCaps = KeyCapStyle::macOS,
+        .idleQuitToggle = QStringLiteral("Quit all apps when Mac is idle"),
+        .idleQuitHelp = QStringLiteral(
+            "One global rule, separate from the per-app timers above: when the Mac itself sits "
+            "untouched this long, every app quits at once — except menu bar apps and anything on "
+            "the Exclusions tab."),
+        .scheduleIntro = QStringLiteral("Sleep and Shut Down fire at schedule time. Wake and "
+                                        "Restart are registered with the OS via pmset."),
+        .alwaysAllowHelp = QStringLiteral("Grant Vantle permanent access to pmset so schedules "
+                                          "never ask for a password. Requires one-time admin "
+                                          "approval."),
+        .scheduleNotificationHelp = QStringLiteral(
+            "A banner with Do It Now and Cancel. Focus modes silence it and the Mac still sleeps "
+            "or shuts down on time; if notifications are denied, the window is used instead."),
+        .scheduleWarningNote = QStringLiteral(
+            "Applies to Sleep and Shut Down. Wake, Restart and Power On are handed to macOS via "
+            "pmset, which runs them whether or not Vantle is open — so they can't be warned about "
+            "or cancelled here."),
     };
     return texts;
 }
@@ -48,6 +66,25 @@ const ProductTexts& ProductTexts::linuxDesktop() {
             "Vantle will remove the rule that let it change the computer's power schedule without "
             "a password. Your schedules keep working — Linux will simply ask for your password "
             "each time they change.\n\nLinux will ask for your password next."),
+        .keyCaps = KeyCapStyle::linuxDesktop,
+        .idleQuitToggle = QStringLiteral("Quit all apps when the computer is idle"),
+        .idleQuitHelp = QStringLiteral(
+            "One global rule, separate from the per-app timers above: when the computer itself "
+            "sits untouched this long, every app quits at once — except menu bar apps and "
+            "anything on the Exclusions tab."),
+        .scheduleIntro = QStringLiteral("Sleep and Shut Down fire at schedule time. Wake and "
+                                        "Restart are registered with the OS via systemd timers."),
+        .alwaysAllowHelp = QStringLiteral("Grant Vantle permanent access to vantle-power so "
+                                          "schedules never ask for a password. Requires one-time "
+                                          "admin approval."),
+        .scheduleNotificationHelp = QStringLiteral(
+            "A banner with Do It Now and Cancel. Focus modes silence it and the computer still "
+            "sleeps or shuts down on time; if notifications are denied, the window is used "
+            "instead."),
+        .scheduleWarningNote = QStringLiteral(
+            "Applies to Sleep and Shut Down. Wake, Restart and Power On are handed to Linux via "
+            "systemd timers, which run them whether or not Vantle is open — so they can't be "
+            "warned about or cancelled here."),
     };
     return texts;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "model/KeyCombo.h"
+
 #include <QString>
 
 namespace vantle {
@@ -21,6 +23,17 @@ struct ProductTexts {
     // Before installing and before removing the Always Allow rule; %1 is the scheduler's path.
     QString installRuleExplanation;
     QString removeRuleExplanation;
+
+    // How the system writes key combinations.
+    KeyCapStyle keyCaps = KeyCapStyle::macOS;
+
+    // The settings window's Auto-Quit and Schedule tabs.
+    QString idleQuitToggle;
+    QString idleQuitHelp;
+    QString scheduleIntro;
+    QString alwaysAllowHelp;
+    QString scheduleNotificationHelp;
+    QString scheduleWarningNote;
 
     static const ProductTexts& macOS();
     static const ProductTexts& linuxDesktop();
