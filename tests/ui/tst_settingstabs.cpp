@@ -485,6 +485,8 @@ private slots:
         QFETCH(QString, tab);
         f->launch(10, u"Mail"_s, u"org.mail"_s);
         f->launch(11, u"Text Editor"_s, u"org.editor"_s);
+        f->launch(12, u"Terminal"_s, u"org.terminal"_s);
+        f->launch(13, u"Files"_s, u"org.files"_s);
         f->settings.setAppRules({{u"org.mail"_s, u"Mail"_s, AppRule::Action::quit, 30},
                                  {u"org.editor"_s, u"Text Editor"_s, AppRule::Action::hide, 120},
                                  {u"org.chat"_s, u"Chat"_s, AppRule::Action::quit, 15}});
@@ -521,6 +523,11 @@ private slots:
         const QString dir = qEnvironmentVariable("VANTLE_DEMO_DIR");
         if (!dir.isEmpty()) {
             QVERIFY(widget->grab().save(dir + u"/settings-"_s + tab + u".png"_s));
+            if (auto* autoQuit = qobject_cast<AutoQuitTab*>(widget.get())) {
+                QDialog* sheet = openAddSheet(*autoQuit);
+                QVERIFY(QTest::qWaitForWindowExposed(sheet));
+                QVERIFY(sheet->grab().save(dir + u"/settings-addapp.png"_s));
+            }
         }
     }
 };

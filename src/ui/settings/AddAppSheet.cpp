@@ -60,6 +60,7 @@ AddAppSheet::AddAppSheet(AutoQuitTabState& state, QWidget* parent)
         scroll->setWidget(list);
         scroll->setWidgetResizable(true);
         scroll->setFrameShape(QFrame::NoFrame);
+        scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
         layout->addWidget(scroll);
     }
 

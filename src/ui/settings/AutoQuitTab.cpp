@@ -12,7 +12,6 @@
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QFontDatabase>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -109,14 +108,12 @@ AutoQuitTab::AutoQuitTab(const SettingsContext& context, QWidget* parent)
     slider->setAccessibleName(tr("Idle threshold"));
     thresholdLabel->setBuddy(slider);
     threshold->addWidget(slider, 1);
-    // Digits of equal width in a slot sized for the widest value, so the label does not jitter.
+    // Right-aligned in a slot sized for the widest value (the interface fonts' digits share one
+    // width), so the label does not jitter while the slider moves.
     m_idleMinutes->setObjectName(QStringLiteral("idleQuitMinutes"));
-    QFont digits = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    digits.setPointSizeF(m_idleMinutes->font().pointSizeF());
-    m_idleMinutes->setFont(digits);
     m_idleMinutes->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     m_idleMinutes->setFixedWidth(m_idleMinutes->fontMetrics().horizontalAdvance(
-                                     minutesText(AutoQuitTabState::kIdleMaximum * 10)) +
+                                     minutesText(AutoQuitTabState::kIdleMaximum)) +
                                  4);
     threshold->addWidget(m_idleMinutes);
     layout->addLayout(threshold);

@@ -25,6 +25,13 @@ namespace {
 using Action = ShutdownSchedule::Action;
 using Weekday = ShutdownSchedule::Weekday;
 
+// A chosen day is filled, so the week reads at a glance.
+const QString kDayStyle = QStringLiteral(
+    "QToolButton { border: 1px solid palette(mid); border-radius: 4px; padding: 2px; }"
+    "QToolButton:checked { background: palette(highlight); color: palette(highlighted-text); "
+    "border-color: palette(highlight); }"
+    "QToolButton:focus { border: 2px solid palette(highlight); }");
+
 QString actionTitle(Action action) {
     switch (action) {
     case Action::sleep:
@@ -214,11 +221,13 @@ QWidget* ScheduleTab::scheduleRow(qsizetype index) {
         auto* toggle = new QToolButton(row);
         toggle->setObjectName(QStringLiteral("scheduleDay%1").arg(int(day)));
         toggle->setCheckable(true);
-        toggle->setText(locale.dayName(qtDay, QLocale::NarrowFormat));
+        // Two letters tell Tuesday from Thursday, where one would not.
+        toggle->setText(locale.dayName(qtDay, QLocale::ShortFormat).left(2));
+        toggle->setStyleSheet(kDayStyle);
         toggle->setAccessibleName(
             tr("Schedule %1 on %2").arg(number, locale.dayName(qtDay, QLocale::LongFormat)));
         toggle->setToolTip(locale.dayName(qtDay, QLocale::LongFormat));
-        toggle->setFixedWidth(26);
+        toggle->setFixedWidth(30);
         toggle->setFocusPolicy(Qt::StrongFocus);
         controls->addWidget(toggle);
         connect(toggle, &QToolButton::toggled, this, [this, index, day](bool on) {

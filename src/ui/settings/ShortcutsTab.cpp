@@ -115,6 +115,9 @@ QWidget* ShortcutsTab::shortcutRow(const ShortcutsTabState::Row& row) {
         const AppCommand command = row.command;
         connect(toggle, &QCheckBox::toggled, this,
                 [this, command](bool on) { m_state->setEnabled(command, on); });
+    } else {
+        // Keeps the key caps of both sections in one column.
+        layout->addSpacing(QCheckBox().sizeHint().width() + layout->spacing());
     }
     return widget;
 }
