@@ -5,6 +5,7 @@
 #include "ui/settings/ShortcutsTab.h"
 
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
@@ -520,6 +521,36 @@ private slots:
                                          ? widget->heightForWidth(kWindowWidth)
                                          : widget->sizeHint().height());
         widget->show();
+        QVERIFY(QTest::qWaitForWindowExposed(widget.get()));
+
+        // Tab goes through the controls as they are read, row by row and left to right, and each
+        // tells a screen reader what it is.
+        QList<QWidget*> chain;
+        for (QWidget* next = widget->nextInFocusChain(); next != widget.get();
+             next = next->nextInFocusChain()) {
+            if ((next->focusPolicy() & Qt::TabFocus) && next->isVisibleTo(widget.get())) {
+                chain.append(next);
+            }
+        }
+        const auto spokenName = [](QWidget* control) {
+            QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(control);
+            return accessible ? accessible->text(QAccessible::Name) : QString();
+        };
+        QVERIFY(chain.size() > 3);
+        for (qsizetype i = 0; i < chain.size(); ++i) {
+            QVERIFY2(!spokenName(chain[i]).isEmpty(),
+                     qPrintable(QLatin1String(chain[i]->metaObject()->className()) + u" "_s +
+                                chain[i]->objectName()));
+            if (i == 0) {
+                continue;
+            }
+            const QPoint before = chain[i - 1]->mapTo(widget.get(), chain[i - 1]->rect().center());
+            const QPoint after = chain[i]->mapTo(widget.get(), chain[i]->rect().center());
+            const bool sameLine = qAbs(after.y() - before.y()) < 10;
+            QVERIFY2(sameLine ? after.x() > before.x() : after.y() > before.y(),
+                     qPrintable(spokenName(chain[i - 1]) + u" then "_s + spokenName(chain[i])));
+        }
+
         const QString dir = qEnvironmentVariable("VANTLE_DEMO_DIR");
         if (!dir.isEmpty()) {
             QVERIFY(widget->grab().save(dir + u"/settings-"_s + tab + u".png"_s));
