@@ -29,6 +29,9 @@ const ProductTexts& ProductTexts::macOS() {
             "One global rule, separate from the per-app timers above: when the Mac itself sits "
             "untouched this long, every app quits at once — except menu bar apps and anything on "
             "the Exclusions tab."),
+        .quitNotificationHelp = QStringLiteral(
+            "A banner with Quit Now and Cancel. Focus modes silence it and apps still quit on "
+            "time; if notifications are denied, the window is used instead."),
         .scheduleIntro = QStringLiteral("Sleep and Shut Down fire at schedule time. Wake and "
                                         "Restart are registered with the OS via pmset."),
         .alwaysAllowHelp = QStringLiteral("Grant Vantle permanent access to pmset so schedules "
@@ -72,14 +75,17 @@ const ProductTexts& ProductTexts::linuxDesktop() {
             "One global rule, separate from the per-app timers above: when the computer itself "
             "sits untouched this long, every app quits at once — except menu bar apps and "
             "anything on the Exclusions tab."),
+        .quitNotificationHelp = QStringLiteral(
+            "A banner with Quit Now and Cancel. Do Not Disturb silences it and apps still quit on "
+            "time; if notifications are denied, the window is used instead."),
         .scheduleIntro = QStringLiteral("Sleep and Shut Down fire at schedule time. Wake and "
                                         "Restart are registered with the OS via systemd timers."),
         .alwaysAllowHelp = QStringLiteral("Grant Vantle permanent access to vantle-power so "
                                           "schedules never ask for a password. Requires one-time "
                                           "admin approval."),
         .scheduleNotificationHelp = QStringLiteral(
-            "A banner with Do It Now and Cancel. Focus modes silence it and the computer still "
-            "sleeps or shuts down on time; if notifications are denied, the window is used "
+            "A banner with Do It Now and Cancel. Do Not Disturb silences it and the computer "
+            "still sleeps or shuts down on time; if notifications are denied, the window is used "
             "instead."),
         .scheduleWarningNote = QStringLiteral(
             "Applies to Sleep and Shut Down. Wake, Restart and Power On are handed to Linux via "

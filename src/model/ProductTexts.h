@@ -30,6 +30,7 @@ struct ProductTexts {
     // The settings window's Auto-Quit and Schedule tabs.
     QString idleQuitToggle;
     QString idleQuitHelp;
+    QString quitNotificationHelp;
     QString scheduleIntro;
     QString alwaysAllowHelp;
     QString scheduleNotificationHelp;

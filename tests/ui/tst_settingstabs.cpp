@@ -463,11 +463,12 @@ private slots:
         const QList<std::pair<QString, QString>> texts{
             {macTexts.idleQuitToggle, linuxTexts.idleQuitToggle},
             {macTexts.idleQuitHelp, linuxTexts.idleQuitHelp},
+            {macTexts.quitNotificationHelp, linuxTexts.quitNotificationHelp},
             {macTexts.scheduleIntro, linuxTexts.scheduleIntro},
             {macTexts.alwaysAllowHelp, linuxTexts.alwaysAllowHelp},
             {macTexts.scheduleNotificationHelp, linuxTexts.scheduleNotificationHelp},
             {macTexts.scheduleWarningNote, linuxTexts.scheduleWarningNote}};
-        static const QRegularExpression macWords(u"\\b(Mac|macOS|pmset)\\b"_s);
+        static const QRegularExpression macWords(u"\\b(Mac|macOS|pmset|Focus)\\b"_s);
         for (const auto& [macText, linuxText] : texts) {
             QVERIFY2(macText.contains(macWords), qPrintable(macText));
             QVERIFY2(!linuxText.contains(macWords), qPrintable(linuxText));

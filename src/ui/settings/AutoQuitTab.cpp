@@ -123,9 +123,7 @@ AutoQuitTab::AutoQuitTab(const SettingsContext& context, QWidget* parent)
     layout->addWidget(sectionHeading(tr("Before Quitting"), this));
     layout->addWidget(new WarningStyleSection(
         settings, WarningStyleSection::Warnings::quit,
-        {.notification = tr("A banner with Quit Now and Cancel. Focus modes silence it and apps "
-                            "still quit on time; if notifications are denied, the window is used "
-                            "instead."),
+        {.notification = productText(texts.quitNotificationHelp),
          .window = tr("A floating panel with Quit Now and Cancel. It won't take keyboard focus, "
                       "and closing it cancels the quit."),
          .never = tr("Apps are quit the moment their timer runs out, with no warning and no "
