@@ -39,6 +39,27 @@ const ProductTexts& ProductTexts::macOS() {
         .aboutTagline = QStringLiteral("App control for your menu bar"),
         .quitOnDemandDetail = QStringLiteral("Select apps in the menu bar and quit them together."),
         .systemIdleDetail = QStringLiteral("Clear everything once the Mac has sat unused."),
+        .keyCaps = KeyCapStyle::macOS,
+        .idleQuitToggle = QStringLiteral("Quit all apps when Mac is idle"),
+        .idleQuitHelp = QStringLiteral(
+            "One global rule, separate from the per-app timers above: when the Mac itself sits "
+            "untouched this long, every app quits at once — except menu bar apps and anything on "
+            "the Exclusions tab."),
+        .quitNotificationHelp = QStringLiteral(
+            "A banner with Quit Now and Cancel. Focus modes silence it and apps still quit on "
+            "time; if notifications are denied, the window is used instead."),
+        .scheduleIntro = QStringLiteral("Sleep and Shut Down fire at schedule time. Wake and "
+                                        "Restart are registered with the OS via pmset."),
+        .alwaysAllowHelp = QStringLiteral("Grant Vantle permanent access to pmset so schedules "
+                                          "never ask for a password. Requires one-time admin "
+                                          "approval."),
+        .scheduleNotificationHelp = QStringLiteral(
+            "A banner with Do It Now and Cancel. Focus modes silence it and the Mac still sleeps "
+            "or shuts down on time; if notifications are denied, the window is used instead."),
+        .scheduleWarningNote = QStringLiteral(
+            "Applies to Sleep and Shut Down. Wake, Restart and Power On are handed to macOS via "
+            "pmset, which runs them whether or not Vantle is open — so they can't be warned about "
+            "or cancelled here."),
     };
     return texts;
 }
@@ -81,6 +102,28 @@ const ProductTexts& ProductTexts::linuxDesktop() {
         .quitOnDemandDetail =
             QStringLiteral("Select apps in the system tray and quit them together."),
         .systemIdleDetail = QStringLiteral("Clear everything once the computer has sat unused."),
+        .keyCaps = KeyCapStyle::linuxDesktop,
+        .idleQuitToggle = QStringLiteral("Quit all apps when the computer is idle"),
+        .idleQuitHelp = QStringLiteral(
+            "One global rule, separate from the per-app timers above: when the computer itself "
+            "sits untouched this long, every app quits at once — except tray-only apps and "
+            "anything on the Exclusions tab."),
+        .quitNotificationHelp = QStringLiteral(
+            "A banner with Quit Now and Cancel. Do Not Disturb silences it and apps still quit on "
+            "time; if notifications are denied, the window is used instead."),
+        .scheduleIntro = QStringLiteral("Sleep and Shut Down fire at schedule time. Wake and "
+                                        "Restart are registered with the OS via systemd timers."),
+        .alwaysAllowHelp = QStringLiteral("Grant Vantle permanent access to vantle-power so "
+                                          "schedules never ask for a password. Requires one-time "
+                                          "admin approval."),
+        .scheduleNotificationHelp = QStringLiteral(
+            "A banner with Do It Now and Cancel. Do Not Disturb silences it and the computer "
+            "still sleeps or shuts down on time; if notifications are denied, the window is used "
+            "instead."),
+        .scheduleWarningNote = QStringLiteral(
+            "Applies to Sleep and Shut Down. Wake, Restart and Power On are handed to Linux via "
+            "systemd timers, which run them whether or not Vantle is open — so they can't be "
+            "warned about or cancelled here."),
     };
     return texts;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "model/KeyCombo.h"
+
 #include <QString>
 
 namespace vantle {
@@ -31,6 +33,18 @@ struct ProductTexts {
     QString aboutTagline;
     QString quitOnDemandDetail;
     QString systemIdleDetail;
+
+    // How the system writes key combinations.
+    KeyCapStyle keyCaps = KeyCapStyle::macOS;
+
+    // The settings window's Auto-Quit and Schedule tabs.
+    QString idleQuitToggle;
+    QString idleQuitHelp;
+    QString quitNotificationHelp;
+    QString scheduleIntro;
+    QString alwaysAllowHelp;
+    QString scheduleNotificationHelp;
+    QString scheduleWarningNote;
 
     static const ProductTexts& macOS();
     static const ProductTexts& linuxDesktop();

@@ -37,6 +37,11 @@ public:
     // Closes a round of register and unregister calls. Backends that hand the whole set to the
     // desktop at once do it here; the others need nothing.
     virtual void commit() {}
+    // Whether the desktop, not this app, decides which keys trigger each shortcut; the user then
+    // changes them in the desktop's own settings.
+    virtual bool desktopBindsKeys() const { return false; }
+    // False once it is known that the desktop offers no system-wide shortcuts at all.
+    virtual bool offersHotKeys() const { return true; }
 
 signals:
     // The combination registered for `id` was pressed.

@@ -34,6 +34,11 @@ public:
     bool isUnavailable(AppCommand command) const { return m_unavailable.contains(command); }
     bool isRegistered(AppCommand command) const;
 
+    // Whether the desktop picks the keys (see HotKeyRegistrar::desktopBindsKeys).
+    bool desktopBindsKeys() const { return m_registrar.desktopBindsKeys(); }
+    // False once the desktop is known to offer no system-wide shortcuts at all.
+    bool offersHotKeys() const { return m_registrar.offersHotKeys(); }
+
     // The key cap to show: the trigger the desktop reports it bound, else the fixed combination.
     QString keyCap(AppCommand command, KeyCapStyle style) const;
 

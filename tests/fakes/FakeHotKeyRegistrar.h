@@ -15,6 +15,9 @@ struct FakeHotKeyRegistrar final : HotKeyRegistrar {
     QList<Reference> released;
     int commits = 0;
     Reference nextReference = 100;
+    // How the desktop behaves: it picks the keys (a portal), or offers none at all.
+    bool desktopBinds = false;
+    bool offers = true;
 
     std::optional<Reference> registerHotKey(const Request& request) override {
         if (held.contains(request.id)) {
@@ -28,6 +31,8 @@ struct FakeHotKeyRegistrar final : HotKeyRegistrar {
         released.append(reference);
     }
     void commit() override { ++commits; }
+    bool desktopBindsKeys() const override { return desktopBinds; }
+    bool offersHotKeys() const override { return offers; }
 
     QList<quint32> activeIds() const {
         QList<quint32> ids;

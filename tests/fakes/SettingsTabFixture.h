@@ -20,74 +20,49 @@
 #include "system/Uninstaller.h"
 #include "ui/settings/SettingsContext.h"
 
-#include <memory>
-
 namespace vantle {
 
-// Everything a settings tab is built from, over fakes. A test may swap any part of `platform`
-// for a real one before calling build(); the typed pointers are valid only for parts left fake.
+// Everything a settings tab is built from, over fakes: a tab made from `context` reads and
+// changes `settings`, sees the apps of `workspace`, answers alerts through `alerts`.
 struct SettingsTabFixture {
-    Platform platform;
-    FakeNotificationCenter* notifications;
-    FakeScriptRunner* scripts;
-    FakeLoginItem* loginItem;
-    FakeFileOps* files;
-    MemoryDefaultsStore* defaults;
-    FakeWorkspace workspace;
-    FakeHotKeyRegistrar hotKeyRegistrar;
+    // Root's own file in root's own folder: a tool a passwordless rule may name.
+    static PowerSchedulerTool rootOwnedTool() {
+        PowerSchedulerTool tool = PowerSchedulerTool::linuxTool(QStringLiteral("/usr/bin"));
+        tool.path = QStringLiteral("/usr/bin/true");
+        return tool;
+    }
 
-    std::unique_ptr<AppSettings> settings;
-    std::unique_ptr<AppMonitorService> apps;
-    std::unique_ptr<PrivilegedRunner> privileged;
-    std::unique_ptr<HotKeyService> hotKeys;
-    std::unique_ptr<NotificationAuthority> authority;
-    std::unique_ptr<Uninstaller> uninstaller;
-    std::unique_ptr<SettingsContext> context;
-    int removedCount = 0;
-
-    SettingsTabFixture() {
-        platform.clock = std::make_unique<ManualClock>();
-        platform.bundle = std::make_unique<FakeBundleInfo>();
+    explicit SettingsTabFixture(PowerSchedulerTool tool = rootOwnedTool())
+        : privileged(scripts, alerts, std::move(tool), ProductTexts::linuxDesktop(),
+                     QStringLiteral("tester")) {
         platform.texts = &ProductTexts::linuxDesktop();
-        platform.notifications = own(notifications);
-        platform.scripts = own(scripts);
-        platform.loginItem = own(loginItem);
-        platform.files = own(files);
-        platform.defaults = own(defaults);
-        platform.alerts = std::make_unique<FakeAlerts>();
-        platform.schedulerTool =
-            PowerSchedulerTool::linuxTool(QStringLiteral("/usr/libexec/vantle"));
-        platform.userName = QStringLiteral("ada");
-        platform.installation = {AppInstallation::Kind::trash,
-                                 QStringLiteral("/home/ada/Apps/Vantle.AppImage")};
     }
 
-    ManualClock& clock() { return static_cast<ManualClock&>(*platform.clock); }
+    ManualClock clock;
+    FakeWorkspace workspace;
+    MemoryDefaultsStore store;
+    FakeBundleInfo bundle;
+    AppSettings settings{store, bundle, clock, ProductTexts::linuxDesktop()};
+    AppMonitorService apps{workspace, clock, 1};
+    FakeScriptRunner scripts;
+    FakeAlerts alerts;
+    PrivilegedRunner privileged;
+    FakeHotKeyRegistrar registrar;
+    HotKeyService hotKeys{registrar};
+    FakeNotificationCenter notificationCenter;
+    NotificationAuthority notifications{notificationCenter};
+    FakeLoginItem loginItem;
+    FakeFileOps files;
+    Uninstaller uninstaller{Uninstaller::Parts{settings, store, scripts, loginItem, files,
+                                               PowerSchedulerTool::linuxTool(QString()),
+                                               AppInstallation{}}};
+    Platform platform;
+    SettingsContext context{settings, platform,      apps,       privileged,
+                            hotKeys,  notifications, uninstaller};
 
-    SettingsContext& build() {
-        settings = std::make_unique<AppSettings>(*platform.defaults, *platform.bundle,
-                                                 *platform.clock, *platform.texts);
-        apps = std::make_unique<AppMonitorService>(workspace, *platform.clock, 1);
-        privileged = std::make_unique<PrivilegedRunner>(*platform.scripts, *platform.alerts,
-                                                        platform.schedulerTool, *platform.texts,
-                                                        platform.userName);
-        hotKeys = std::make_unique<HotKeyService>(hotKeyRegistrar);
-        authority = std::make_unique<NotificationAuthority>(*platform.notifications);
-        uninstaller = std::make_unique<Uninstaller>(Uninstaller::Parts{
-            *settings, *platform.defaults, *platform.scripts, *platform.loginItem, *platform.files,
-            platform.schedulerTool, platform.installation});
-        uninstaller->onRemoved = [this] { ++removedCount; };
-        context = std::make_unique<SettingsContext>(SettingsContext{
-            *settings, platform, *apps, *privileged, *hotKeys, *authority, *uninstaller});
-        return *context;
-    }
-
-private:
-    template <typename T>
-    static std::unique_ptr<T> own(T*& raw) {
-        auto made = std::make_unique<T>();
-        raw = made.get();
-        return made;
+    void launch(qint32 pid, const QString& name, std::optional<QString> bundleId) {
+        workspace.add(pid, name, std::move(bundleId));
+        workspace.emitLaunch(pid);
     }
 };
 

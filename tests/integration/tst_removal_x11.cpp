@@ -1,4 +1,4 @@
-#include "fakes/SettingsTabFixture.h"
+#include "fakes/RemovalFixture.h"
 #include "platform/linux/FileDefaultsStore.h"
 #include "platform/linux/LinuxFileOps.h"
 #include "platform/linux/ShellScriptRunner.h"
@@ -78,7 +78,7 @@ class TestRemovalX11 : public QObject {
     QString m_root;
     QString m_pkexec;
     QString m_rule;
-    std::unique_ptr<SettingsTabFixture> f;
+    std::unique_ptr<RemovalFixture> f;
 
     QString home(const QString& relative) const { return m_home + u'/' + relative; }
     QString listing() const { return run(m_tool, {u"-g"_s, u"sched"_s}); }
@@ -126,7 +126,7 @@ private slots:
         QVERIFY2(QFile::exists(home(u".local/share/vantle/install_manifest.txt"_s)),
                  qPrintable(installed));
 
-        f = std::make_unique<SettingsTabFixture>();
+        f = std::make_unique<RemovalFixture>();
         Platform& platform = f->platform;
         platform.files = std::make_unique<LinuxFileOps>();
         platform.installation =

@@ -1,5 +1,5 @@
 #include "fakes/LogCapture.h"
-#include "fakes/SettingsTabFixture.h"
+#include "fakes/RemovalFixture.h"
 
 #include <QTest>
 
@@ -54,11 +54,11 @@ ScriptOutcome outcomeOf(Status status) {
 class TestUninstaller : public QObject {
     Q_OBJECT
 
-    std::unique_ptr<SettingsTabFixture> f;
+    std::unique_ptr<RemovalFixture> f;
     QStringList journal;
 
     void start(const AppInstallation& installation) {
-        f = std::make_unique<SettingsTabFixture>();
+        f = std::make_unique<RemovalFixture>();
         journal.clear();
         f->files->journal = &journal;
         f->scripts->journal = &journal;
@@ -146,7 +146,7 @@ private slots:
         QFETCH(QString, ruleFile);
         QFETCH(bool, rule);
         QFETCH(QString, script);
-        SettingsTabFixture fixture;
+        RemovalFixture fixture;
         if (macTool) {
             fixture.platform.schedulerTool = PowerSchedulerTool::macOS();
             fixture.platform.schedulerTool.path = u"/usr/bin/pmset"_s;

@@ -1,37 +1,66 @@
 #include "fakes/SettingsTabFixture.h"
-#include "ui/AppearancePalette.h"
-#include "ui/settings/AboutTab.h"
-#include "ui/settings/AdvancedTab.h"
-#include "ui/settings/RemovalSheet.h"
+#include "ui/settings/AutoQuitTab.h"
+#include "ui/settings/ScheduleTab.h"
+#include "ui/settings/ScheduleTabState.h"
+#include "ui/settings/ShortcutsTab.h"
 
-#include <QApplication>
-#include <QClipboard>
+#include <QAbstractButton>
+#include <QAccessible>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialog>
+#include <QGraphicsOpacityEffect>
 #include <QLabel>
 #include <QPushButton>
+#include <QRegularExpression>
+#include <QSlider>
+#include <QStandardItemModel>
 #include <QTest>
+#include <memory>
 
 using namespace vantle;
 using namespace Qt::StringLiterals;
-
-Q_DECLARE_METATYPE(std::optional<QString>)
-Q_DECLARE_METATYPE(AuthorizationStatus)
+using Action = ShutdownSchedule::Action;
 
 namespace {
 
-const QString kRemovalFailed =
-    u"Vantle could not change the power schedule, so nothing was removed. This usually means "
-    u"the password prompt was cancelled."_s;
+struct RunningApp {
+    QString name;
+    std::optional<QString> bundleId;
+};
 
-QStringList labelTexts(const QWidget& widget) {
-    QStringList texts;
-    for (const QLabel* label : widget.findChildren<QLabel*>()) {
-        texts << label->text();
-    }
-    return texts;
+ShutdownSchedule schedule(Action action, qint64 hour = 22, qint64 minute = 0) {
+    ShutdownSchedule s;
+    s.action = action;
+    s.days = {ShutdownSchedule::Weekday::monday};
+    s.hour = hour;
+    s.minute = minute;
+    return s;
 }
 
-QImage pixmapOf(const QWidget& widget) {
-    return widget.findChild<QLabel*>()->pixmap().toImage();
+QList<ShutdownSchedule> schedules(const QList<Action>& actions) {
+    QList<ShutdownSchedule> list;
+    for (const Action action : actions) {
+        list.append(schedule(action));
+    }
+    return list;
+}
+
+template <typename T>
+T* child(QWidget* root, const QString& name) {
+    T* found = root->findChild<T*>(name);
+    if (!found) {
+        qFatal("no %s named %s", T::staticMetaObject.className(), qPrintable(name));
+    }
+    return found;
+}
+
+QStringList buttonTexts(QWidget* root, const QString& name) {
+    QStringList texts;
+    for (auto* button : root->findChildren<QPushButton*>(name)) {
+        texts.append(button->text());
+    }
+    return texts;
 }
 
 } // namespace
@@ -41,155 +70,497 @@ class TestSettingsTabs : public QObject {
 
     std::unique_ptr<SettingsTabFixture> f;
 
+    QDialog* openAddSheet(AutoQuitTab& tab) {
+        child<QPushButton>(&tab, u"addAppButton"_s)->click();
+        return child<QDialog>(&tab, u"addAppSheet"_s);
+    }
+
 private slots:
     void init() { f = std::make_unique<SettingsTabFixture>(); }
+    void cleanup() { f.reset(); }
 
-    void versionLine_data() {
-        QTest::addColumn<std::optional<QString>>("version");
-        QTest::addColumn<std::optional<QString>>("build");
-        QTest::addColumn<QString>("line");
-        QTest::newRow("build differs")
-            << std::optional(u"1.4"_s) << std::optional(u"212"_s) << u"Version 1.4 (212)"_s;
-        QTest::newRow("build same")
-            << std::optional(u"1.4"_s) << std::optional(u"1.4"_s) << u"Version 1.4"_s;
-        QTest::newRow("no build") << std::optional(u"1.4"_s) << std::optional<QString>()
-                                  << u"Version 1.4"_s;
-        QTest::newRow("no version")
-            << std::optional<QString>() << std::optional(u"9"_s) << u"Version — (9)"_s;
-    }
-    void versionLine() {
-        QFETCH(std::optional<QString>, version);
-        QFETCH(std::optional<QString>, build);
-        QFETCH(QString, line);
-        FakeBundleInfo bundle;
-        bundle.shortVersionValue = version;
-        bundle.buildNumberValue = build;
-        QCOMPARE(AboutTab::versionLine(bundle), line);
-    }
+    // The sheet offers each running app no rule names yet, once; choosing one rules it.
+    void addSheetOffersUnruledApps_data() {
+        QTest::addColumn<QList<RunningApp>>("running");
+        QTest::addColumn<QStringList>("ruled");
+        QTest::addColumn<QStringList>("offered");
+        QTest::addColumn<QStringList>("rulesAfterFirstChoice");
 
-    // The Linux texts name the tray and the computer; the tip box needs both build settings; the
-    // symbols are redrawn for a dark palette.
-    void aboutTab() {
-        AboutTab tab(f->build());
-        const QStringList texts = labelTexts(tab);
-        for (const QString& text :
-             {u"Version 2.3.1 (231)"_s, u"App control for your system tray"_s, u"by Pelmark"_s,
-              u"Select apps in the system tray and quit them together."_s,
-              u"Clear everything once the computer has sat unused."_s,
-              u"Quit everything, sleep, restart or shut down from any app."_s}) {
-            QVERIFY2(texts.contains(text), qPrintable(text));
+        const RunningApp mail{u"Mail"_s, u"org.mail"_s};
+        const RunningApp editor{u"Editor"_s, u"org.editor"_s};
+        QTest::newRow("none ruled")
+            << QList{mail, editor} << QStringList{} << QStringList{u"Editor"_s, u"Mail"_s}
+            << QStringList{u"org.editor"_s};
+        QTest::newRow("one ruled")
+            << QList{mail, editor} << QStringList{u"org.editor"_s} << QStringList{u"Mail"_s}
+            << QStringList{u"org.editor"_s, u"org.mail"_s};
+        QTest::newRow("two processes of one app")
+            << QList{mail, mail} << QStringList{} << QStringList{u"Mail"_s}
+            << QStringList{u"org.mail"_s};
+        QTest::newRow("no desktop entry: offered, but nothing to rule")
+            << QList{RunningApp{u"Tool"_s, std::nullopt}} << QStringList{} << QStringList{u"Tool"_s}
+            << QStringList{};
+        QTest::newRow("every app ruled") << QList{mail} << QStringList{u"org.mail"_s}
+                                         << QStringList{} << QStringList{u"org.mail"_s};
+    }
+    void addSheetOffersUnruledApps() {
+        QFETCH(QList<RunningApp>, running);
+        QFETCH(QStringList, ruled);
+        QFETCH(QStringList, offered);
+        QFETCH(QStringList, rulesAfterFirstChoice);
+        qint32 pid = 10;
+        for (const RunningApp& app : running) {
+            f->launch(pid++, app.name, app.bundleId);
         }
-        const bool tipConfigured =
-            !AboutTab::tipServiceName().isEmpty() && !AboutTab::tipPageAddress().isEmpty();
-        QCOMPARE(tab.findChild<QWidget*>(u"tipBox"_s) != nullptr, tipConfigured);
-
-        tab.setPalette(AppearancePalette::lightPalette());
-        const QImage light = pixmapOf(tab);
-        tab.setPalette(AppearancePalette::darkPalette());
-        QVERIFY(pixmapOf(tab) != light);
-    }
-
-    // The status as the report words it; a server that never answers leaves "unknown".
-    void notificationStatus_data() {
-        QTest::addColumn<bool>("answers");
-        QTest::addColumn<AuthorizationStatus>("status");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("denied") << true << AuthorizationStatus::denied
-                                << u"DENIED (warnings fall back to the window)"_s;
-        QTest::newRow("authorized") << true << AuthorizationStatus::authorized << u"authorized"_s;
-        QTest::newRow("not determined")
-            << true << AuthorizationStatus::notDetermined << u"not determined"_s;
-        QTest::newRow("ephemeral") << true << AuthorizationStatus::ephemeral << u"unknown"_s;
-        QTest::newRow("no answer") << false << AuthorizationStatus::authorized << u"unknown"_s;
-    }
-    void notificationStatus() {
-        QFETCH(bool, answers);
-        QFETCH(AuthorizationStatus, status);
-        QFETCH(QString, text);
-        f->notifications->answersStatus = answers;
-        f->notifications->status = status;
-        AdvancedTab tab(f->build());
-        QCOMPARE(tab.notificationStatus(), u"checking"_s);
-        tab.show();
-        f->clock().advance(AdvancedTab::kStatusQueryLimit);
-        QCOMPARE(tab.notificationStatus(), text);
-        QVERIFY(labelTexts(tab).contains(u"Notifications: "_s + text));
-        tab.copyButton()->click();
-        QVERIFY(QApplication::clipboard()->text().contains(u"\nNotifications: "_s + text + u'\n'));
-    }
-
-    void copyDiagnosticsSaysSoForTwoSeconds() {
-        AdvancedTab tab(f->build());
-        QApplication::clipboard()->clear();
-        tab.copyButton()->click();
-        QCOMPARE(QApplication::clipboard()->text(), f->settings->diagnosticsReport(u"checking"_s));
-        QCOMPARE(tab.copyButton()->text(), u"Copied to Clipboard"_s);
-        f->clock().advance(AdvancedTab::kCopiedFor - Milliseconds(1));
-        // A second copy starts the two seconds again.
-        tab.copyButton()->click();
-        f->clock().advance(Milliseconds(1999));
-        QCOMPARE(tab.copyButton()->text(), u"Copied to Clipboard"_s);
-        f->clock().advance(Milliseconds(1));
-        QCOMPARE(tab.copyButton()->text(), u"Copy Diagnostics"_s);
-    }
-
-    // The sheet lists the plan, asks for the password only when a step needs it, and shows a
-    // failure in place; Cancel changes nothing.
-    void removalSheet_data() {
-        QTest::addColumn<QStringList>("events");
-        QTest::addColumn<bool>("dismiss");
-        QTest::addColumn<bool>("passwordLine");
-        QTest::newRow("nothing privileged") << QStringList{} << false << false;
-        QTest::newRow("events, password given")
-            << QStringList{u"wake|11/17/26 07:30:00"_s} << false << true;
-        QTest::newRow("events, prompt dismissed")
-            << QStringList{u"wake|11/17/26 07:30:00"_s} << true << true;
-    }
-    void removalSheet() {
-        QFETCH(QStringList, events);
-        QFETCH(bool, dismiss);
-        QFETCH(bool, passwordLine);
-        f->loginItem->registered = true;
-        f->files->paths << f->platform.installation.path;
-        AdvancedTab tab(f->build());
-        f->settings->setPmsetRegistered(events);
-        if (dismiss) {
-            f->scripts->administratorOutcome = ScriptOutcome::userCancelled();
+        QList<AppRule> rules;
+        for (const QString& id : ruled) {
+            rules.append({.bundleID = id,
+                          .name = id,
+                          .action = AppRule::Action::hide,
+                          .timeoutMinutes = 10});
         }
-        tab.show();
+        f->settings.setAppRules(rules);
+        AutoQuitTab tab(f->context);
 
-        tab.removeButton()->click();
-        QPointer<RemovalSheet> sheet = tab.removalSheet();
-        QVERIFY(sheet && sheet->isVisible());
-        const QString steps = sheet->findChild<QLabel*>(u"steps"_s)->text();
-        QVERIFY(steps.contains(u"Stop Vantle opening at login"_s));
-        QVERIFY(steps.endsWith(u"<li>Move Vantle to the Trash</li></ul>"_s));
-        QCOMPARE(sheet->findChild<QLabel*>(u"passwordLine"_s) != nullptr, passwordLine);
-        QVERIFY(labelTexts(*sheet).contains(
-            u"Vantle goes to the Trash, so you can put it back if you change your mind."_s));
+        QDialog* sheet = openAddSheet(tab);
+        QCOMPARE(buttonTexts(sheet, u"addableApp"_s), offered);
+        QCOMPARE(sheet->findChild<QLabel*>(u"allConfigured"_s) != nullptr, offered.isEmpty());
+        if (offered.isEmpty()) {
+            return;
+        }
+        sheet->findChildren<QPushButton*>(u"addableApp"_s).first()->click();
+        QVERIFY(!sheet->isVisible());
+        QStringList ids;
+        for (const AppRule& rule : f->settings.appRules()) {
+            ids.append(rule.bundleID);
+        }
+        QCOMPARE(ids, rulesAfterFirstChoice);
+        if (ids.isEmpty()) {
+            return;
+        }
+        const AppRule& added = f->settings.appRules().constLast();
+        if (!ruled.contains(added.bundleID)) {
+            QCOMPARE(added.action, AppRule::Action::quit);
+            QCOMPARE(added.timeoutMinutes, 30.0);
+        }
+    }
 
-        sheet->cancelButton()->click();
-        QTRY_VERIFY(!sheet);
-        QVERIFY(f->scripts->administratorRuns.isEmpty());
+    // Rule rows edit their own rule; a timeout no picker offers is shown, not replaced.
+    void ruleRowsEditTheirRule() {
+        f->settings.setAppRules({{u"org.a"_s, u"A"_s, AppRule::Action::quit, 30},
+                                 {u"org.b"_s, u"B"_s, AppRule::Action::hide, 7}});
+        AutoQuitTab tab(f->context);
+        QVERIFY(!child<QLabel>(&tab, u"noRules"_s)->isVisibleTo(&tab));
+        QWidget* second = child<QWidget>(&tab, u"rule_1"_s);
+        QCOMPARE(child<QComboBox>(second, u"ruleTimeout"_s)->currentText(), u"7 min"_s);
 
-        tab.removeButton()->click();
-        sheet = tab.removalSheet();
-        sheet->removeButton()->click();
-        QCOMPARE(sheet->removeButton()->text(), u"Removing…"_s);
-        QVERIFY(!sheet->cancelButton()->isEnabled());
-        if (dismiss) {
-            QTRY_COMPARE(sheet->errorText(), kRemovalFailed);
-            QVERIFY(sheet->isVisible());
-            QCOMPARE(sheet->removeButton()->text(), u"Remove Vantle"_s);
-            QVERIFY(f->loginItem->registered);
-            QCOMPARE(f->removedCount, 0);
+        auto* action = child<QComboBox>(second, u"ruleAction"_s);
+        action->setCurrentIndex(action->findText(u"Quit"_s));
+        QCOMPARE(f->settings.appRules()[1],
+                 (AppRule{u"org.b"_s, u"B"_s, AppRule::Action::quit, 7}));
+        child<QAbstractButton>(child<QWidget>(&tab, u"rule_0"_s), u"ruleDelete"_s)->click();
+        QCOMPARE(f->settings.appRules().size(), 1);
+        QCOMPARE(f->settings.appRules()[0].bundleID, u"org.b"_s);
+        f->settings.setAppRules({});
+        QVERIFY(child<QLabel>(&tab, u"noRules"_s)->isVisibleTo(&tab));
+    }
+
+    // The idle threshold moves in steps of 5 between 5 and 180 minutes; a stored value outside
+    // that is shown at the nearest end but kept until the slider is moved.
+    void idleSliderBounds_data() {
+        QTest::addColumn<double>("stored");
+        QTest::addColumn<int>("key");
+        QTest::addColumn<double>("storedAfter");
+        QTest::addColumn<QString>("label");
+        QTest::newRow("step up") << 30.0 << int(Qt::Key_Right) << 35.0 << u"35 min"_s;
+        QTest::newRow("step down") << 30.0 << int(Qt::Key_Left) << 25.0 << u"25 min"_s;
+        QTest::newRow("floor") << 5.0 << int(Qt::Key_Left) << 5.0 << u"5 min"_s;
+        QTest::newRow("ceiling") << 180.0 << int(Qt::Key_Right) << 180.0 << u"180 min"_s;
+        QTest::newRow("to the end") << 30.0 << int(Qt::Key_End) << 180.0 << u"180 min"_s;
+        QTest::newRow("to the start") << 30.0 << int(Qt::Key_Home) << 5.0 << u"5 min"_s;
+        QTest::newRow("stored above the range, untouched") << 300.0 << 0 << 300.0 << u"300 min"_s;
+        QTest::newRow("stored below, moved up") << 0.5 << int(Qt::Key_Right) << 10.0 << u"10 min"_s;
+    }
+    void idleSliderBounds() {
+        QFETCH(double, stored);
+        QFETCH(int, key);
+        QFETCH(double, storedAfter);
+        QFETCH(QString, label);
+        f->settings.setIdleQuitTimeout(stored);
+        AutoQuitTab tab(f->context);
+        auto* slider = child<QSlider>(&tab, u"idleQuitTimeout"_s);
+        if (key != 0) {
+            QTest::keyClick(slider, Qt::Key(key));
+        }
+        QCOMPARE(f->settings.idleQuitTimeout(), storedAfter);
+        QCOMPARE(child<QLabel>(&tab, u"idleQuitMinutes"_s)->text(), label);
+    }
+
+    // The help text follows the style; "never" has no grace period; an unlisted period is kept.
+    void warningStyleSection_data() {
+        QTest::addColumn<QString>("style");
+        QTest::addColumn<double>("seconds");
+        QTest::addColumn<QString>("helpStart");
+        QTest::addColumn<QString>("grace");
+        QTest::newRow("notification") << u"notification"_s << 60.0 << u"A banner"_s << u"60 sec"_s;
+        QTest::newRow("window, unlisted period")
+            << u"window"_s << 75.0 << u"A floating panel"_s << u"75 sec"_s;
+        QTest::newRow("never") << u"never"_s << 60.0 << u"Apps are quit"_s << QString();
+    }
+    void warningStyleSection() {
+        QFETCH(QString, style);
+        QFETCH(double, seconds);
+        QFETCH(QString, helpStart);
+        QFETCH(QString, grace);
+        f->settings.setQuitWarningStyle(style);
+        f->settings.setQuitWarningSeconds(seconds);
+        AutoQuitTab tab(f->context);
+        QVERIFY(child<QLabel>(&tab, u"quitWarningStyleHelp"_s)->text().startsWith(helpStart));
+        auto* picker = child<QComboBox>(&tab, u"quitWarningSeconds"_s);
+        QCOMPARE(picker->isVisibleTo(&tab), !grace.isEmpty());
+        if (!grace.isEmpty()) {
+            QCOMPARE(picker->currentText(), grace);
+        }
+        QCOMPARE(f->settings.quitWarningSeconds(), seconds);
+    }
+
+    // Shut down and restart belong to one schedule each; a row's own action never counts.
+    void takenSingletons_data() {
+        QTest::addColumn<QList<Action>>("actions");
+        QTest::addColumn<int>("row");
+        QTest::addColumn<QList<Action>>("taken");
+        QTest::newRow("own shut down stays free")
+            << QList{Action::shutdown, Action::sleep} << 0 << QList<Action>{};
+        QTest::newRow("another's shut down")
+            << QList{Action::shutdown, Action::sleep} << 1 << QList{Action::shutdown};
+        QTest::newRow("both taken") << QList{Action::restart, Action::wake, Action::shutdown} << 1
+                                    << QList{Action::shutdown, Action::restart};
+        QTest::newRow("sleep and wake are never taken")
+            << QList{Action::sleep, Action::wake, Action::poweron} << 0 << QList<Action>{};
+    }
+    void takenSingletons() {
+        QFETCH(QList<Action>, actions);
+        QFETCH(int, row);
+        QFETCH(QList<Action>, taken);
+        const QList<ShutdownSchedule> list = schedules(actions);
+        QCOMPARE(ScheduleTabState::takenSingletons(list, row),
+                 QSet<Action>(taken.begin(), taken.end()));
+
+        f->settings.setShutdownSchedules(list);
+        ScheduleTab tab(f->context);
+        auto* picker =
+            child<QComboBox>(child<QWidget>(&tab, u"schedule_%1"_s.arg(row)), u"scheduleAction"_s);
+        auto* model = qobject_cast<QStandardItemModel*>(picker->model());
+        for (int i = 0; i < picker->count(); ++i) {
+            const Action action = *fromRawValue<Action>(picker->itemData(i).toString());
+            QCOMPARE(model->item(i)->isEnabled(), !taken.contains(action));
+        }
+    }
+
+    // A repeated id marks a copy of the same schedule, not another one.
+    void takenSingletonsIgnoresCopiesOfItself() {
+        QList<ShutdownSchedule> list = schedules({Action::shutdown, Action::shutdown});
+        list[1].id = list[0].id;
+        QVERIFY(ScheduleTabState::takenSingletons(list, 1).isEmpty());
+    }
+
+    // Pressed twice on an empty list: shut down every day at 22:00, then sleep.
+    void addScheduleTwice() {
+        ScheduleTab tab(f->context);
+        QVERIFY(child<QLabel>(&tab, u"noSchedules"_s)->isVisibleTo(&tab));
+        auto* add = child<QPushButton>(&tab, u"addScheduleButton"_s);
+        add->click();
+        add->click();
+        const QList<ShutdownSchedule>& added = f->settings.shutdownSchedules();
+        QCOMPARE(added.size(), 2);
+        QCOMPARE(added[0].action, Action::shutdown);
+        QCOMPARE(added[1].action, Action::sleep);
+        QVERIFY(added[0].id != added[1].id);
+        for (const ShutdownSchedule& s : added) {
+            QVERIFY(s.isEnabled);
+            QCOMPARE(s.hour, 22);
+            QCOMPARE(s.minute, 0);
+            QCOMPARE(s.days.size(), size_t(7));
+        }
+        QVERIFY(!child<QLabel>(&tab, u"noSchedules"_s)->isVisibleTo(&tab));
+        QVERIFY(tab.findChild<QWidget*>(u"schedule_1"_s));
+    }
+
+    // A schedule the services skip is shown as stored, says why, and keeps its values when
+    // another row, or another field of its own row, is edited.
+    void outOfRangeScheduleIsKept() {
+        f->settings.setShutdownSchedules(
+            {schedule(Action::sleep, 99, 7), schedule(Action::wake, 6, 30)});
+        ScheduleTab tab(f->context);
+        QWidget* broken = child<QWidget>(&tab, u"schedule_0"_s);
+        QCOMPARE(child<QComboBox>(broken, u"scheduleHour"_s)->currentText(), u"99"_s);
+        QCOMPARE(child<QComboBox>(broken, u"scheduleMinute"_s)->currentText(), u"07"_s);
+        QVERIFY(child<QLabel>(broken, u"scheduleProblem"_s)->text().contains(u"0-23"_s));
+        QVERIFY(!child<QLabel>(child<QWidget>(&tab, u"schedule_1"_s), u"scheduleProblem"_s)
+                     ->isVisibleTo(&tab));
+
+        child<QAbstractButton>(child<QWidget>(&tab, u"schedule_1"_s), u"scheduleDay1"_s)->click();
+        auto* day = child<QAbstractButton>(broken, u"scheduleDay7"_s);
+        day->click();
+        const QList<ShutdownSchedule>& stored = f->settings.shutdownSchedules();
+        QCOMPARE(stored[0].hour, 99);
+        QCOMPARE(stored[0].minute, 7);
+        QVERIFY(stored[0].days.contains(ShutdownSchedule::Weekday::saturday));
+        QVERIFY(stored[1].days.contains(ShutdownSchedule::Weekday::sunday));
+    }
+
+    // The setting follows the rule only when installing or removing it worked; otherwise the
+    // switch stays where it was. The settings window comes back forward after every attempt.
+    void alwaysAllowSwitch_data() {
+        QTest::addColumn<bool>("initially");
+        QTest::addColumn<int>("alertButton"); // 0 Continue, 1 Cancel
+        QTest::addColumn<int>("prompt");      // how the password prompt ends
+        QTest::addColumn<bool>("ruleAppears");
+        QTest::addColumn<bool>("after");
+        const int ok = int(ScriptOutcome::Status::succeeded);
+        const int cancelled = int(ScriptOutcome::Status::cancelled);
+        QTest::newRow("on: installed") << false << 0 << ok << true << true;
+        QTest::newRow("on: explanation cancelled") << false << 1 << ok << true << false;
+        QTest::newRow("on: password cancelled") << false << 0 << cancelled << true << false;
+        QTest::newRow("on: rule rejected by visudo") << false << 0 << ok << false << false;
+        QTest::newRow("off: removed") << true << 0 << ok << false << false;
+        QTest::newRow("off: explanation cancelled") << true << 1 << ok << false << true;
+        QTest::newRow("off: password cancelled") << true << 0 << cancelled << false << true;
+    }
+    void alwaysAllowSwitch() {
+        QFETCH(bool, initially);
+        QFETCH(int, alertButton);
+        QFETCH(int, prompt);
+        QFETCH(bool, ruleAppears);
+        QFETCH(bool, after);
+        f->settings.setPmsetAlwaysAllow(initially);
+        f->alerts.answer.button = alertButton;
+        f->scripts.administratorOutcome.status = ScriptOutcome::Status(prompt);
+        if (ruleAppears) {
+            f->scripts.filesCreatedByAdministrator.insert(f->privileged.tool().ruleFile);
+        }
+        ScheduleTab tab(f->context);
+        auto* toggle = child<QCheckBox>(&tab, u"pmsetAlwaysAllowSwitch"_s);
+        QVERIFY(toggle->isEnabled());
+        toggle->click();
+        QCOMPARE(f->settings.pmsetAlwaysAllow(), after);
+        QCOMPARE(toggle->isChecked(), after);
+        QCOMPARE(f->alerts.broughtForward, QStringList{u"Vantle Settings"_s});
+    }
+
+    // A tool a passwordless rule must not name: the switch is disabled with the reason, unless
+    // Always Allow is already on, so that it can still be turned off.
+    void alwaysAllowNeedsASafeTool_data() {
+        QTest::addColumn<bool>("initially");
+        QTest::newRow("off") << false;
+        QTest::newRow("on") << true;
+    }
+    void alwaysAllowNeedsASafeTool() {
+        QFETCH(bool, initially);
+        PowerSchedulerTool tool = SettingsTabFixture::rootOwnedTool();
+        tool.path = u"/home/me/my tools/vantle-power"_s;
+        f = std::make_unique<SettingsTabFixture>(tool);
+        f->settings.setPmsetAlwaysAllow(initially);
+        ScheduleTab tab(f->context);
+        QCOMPARE(child<QCheckBox>(&tab, u"pmsetAlwaysAllowSwitch"_s)->isEnabled(), initially);
+        auto* why = child<QLabel>(&tab, u"alwaysAllowUnavailable"_s);
+        QVERIFY(why->isVisibleTo(&tab));
+        QVERIFY(why->text().contains(tool.path));
+    }
+
+    // Each system-wide row shows its state: the key cap dims when off or unclaimed, and an
+    // unclaimed combination replaces the detail line.
+    void shortcutRows_data() {
+        QTest::addColumn<QStringList>("disabled");
+        QTest::addColumn<QList<quint32>>("held");
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<bool>("on");
+        QTest::addColumn<bool>("unavailable");
+        QTest::newRow("on and held by us")
+            << QStringList{} << QList<quint32>{} << u"sleep"_s << true << false;
+        QTest::newRow("switched off")
+            << QStringList{u"sleep"_s} << QList<quint32>{} << u"sleep"_s << false << false;
+        QTest::newRow("held by another program")
+            << QStringList{} << QList<quint32>{2} << u"sleep"_s << true << true;
+        QTest::newRow("another row unaffected")
+            << QStringList{} << QList<quint32>{2} << u"restart"_s << true << false;
+    }
+    void shortcutRows() {
+        QFETCH(QStringList, disabled);
+        QFETCH(QList<quint32>, held);
+        QFETCH(QString, command);
+        QFETCH(bool, on);
+        QFETCH(bool, unavailable);
+        f->settings.setDisabledShortcutIDs(disabled);
+        f->registrar.held = QSet<quint32>(held.begin(), held.end());
+        f->hotKeys.registerHotKeys(f->settings.enabledGlobalCommands());
+        ShortcutsTab tab(f->context);
+
+        QWidget* row = child<QWidget>(&tab, u"shortcut_"_s + command);
+        const AppCommand cmd = *fromRawValue<AppCommand>(command);
+        QCOMPARE(child<QCheckBox>(row, u"shortcutSwitch"_s)->isChecked(), on);
+        QCOMPARE(child<QLabel>(row, u"shortcutUnavailable"_s)->isVisibleTo(&tab), unavailable);
+        QCOMPARE(child<QLabel>(row, u"shortcutDetail"_s)->isVisibleTo(&tab), !unavailable);
+        auto* keyCap = child<QLabel>(row, u"keyCap"_s);
+        QCOMPARE(keyCap->text(), commandBinding(cmd).keyCap(KeyCapStyle::linuxDesktop));
+        const auto* effect = static_cast<QGraphicsOpacityEffect*>(keyCap->graphicsEffect());
+        QCOMPARE(effect->opacity(), on && !unavailable ? 1.0 : 0.35);
+    }
+
+    // The switch edits disabledShortcutIDs; app-list rows have none and never dim.
+    void shortcutSwitches() {
+        ShortcutsTab tab(f->context);
+        auto* sleep =
+            child<QCheckBox>(child<QWidget>(&tab, u"shortcut_sleep"_s), u"shortcutSwitch"_s);
+        sleep->click();
+        QCOMPARE(f->settings.disabledShortcutIDs(), QStringList{u"sleep"_s});
+        sleep->click();
+        QVERIFY(f->settings.disabledShortcutIDs().isEmpty());
+        f->settings.setDisabledShortcutIDs({u"quitAllApps"_s});
+        QVERIFY(
+            !child<QCheckBox>(child<QWidget>(&tab, u"shortcut_quitAllApps"_s), u"shortcutSwitch"_s)
+                 ->isChecked());
+        QWidget* search = child<QWidget>(&tab, u"shortcut_focusSearch"_s);
+        QVERIFY(!search->findChild<QCheckBox*>());
+        QCOMPARE(child<QLabel>(search, u"keyCap"_s)->text(), u"Ctrl+F"_s);
+    }
+
+    // Where the desktop picks the keys, the row shows what it bound and the note says where to
+    // change it; with no shortcuts at all, the note says what to bind instead.
+    void desktopNote_data() {
+        QTest::addColumn<bool>("desktopBinds");
+        QTest::addColumn<bool>("offers");
+        QTest::addColumn<QString>("noteContains");
+        QTest::newRow("keys grabbed by the app") << false << true << QString();
+        QTest::newRow("keys bound by the desktop") << true << true << u"keyboard shortcut"_s;
+        QTest::newRow("no shortcuts on this desktop")
+            << true << false << u"vantle --command quitAllApps"_s;
+    }
+    void desktopNote() {
+        QFETCH(bool, desktopBinds);
+        QFETCH(bool, offers);
+        QFETCH(QString, noteContains);
+        f->registrar.desktopBinds = desktopBinds;
+        f->registrar.offers = offers;
+        f->hotKeys.registerHotKeys(f->settings.enabledGlobalCommands());
+        ShortcutsTab tab(f->context);
+        auto* note = child<QLabel>(&tab, u"desktopShortcutsNote"_s);
+        QCOMPARE(note->isVisibleTo(&tab), !noteContains.isEmpty());
+        QVERIFY(note->text().contains(noteContains));
+        if (desktopBinds && offers) {
+            emit f->registrar.triggerDescribed(HotKeyService::hotKeyId(AppCommand::sleep),
+                                               u"Super+Z"_s);
+            QCOMPARE(child<QLabel>(child<QWidget>(&tab, u"shortcut_sleep"_s), u"keyCap"_s)->text(),
+                     u"Super+Z"_s);
+        }
+    }
+
+    // The Linux set of the tabs' texts names no macOS facility, and differs from the macOS set
+    // exactly where that one does.
+    void linuxTextsNameLinuxFacilities() {
+        const ProductTexts& macTexts = ProductTexts::macOS();
+        const ProductTexts& linuxTexts = ProductTexts::linuxDesktop();
+        const QList<std::pair<QString, QString>> texts{
+            {macTexts.idleQuitToggle, linuxTexts.idleQuitToggle},
+            {macTexts.idleQuitHelp, linuxTexts.idleQuitHelp},
+            {macTexts.quitNotificationHelp, linuxTexts.quitNotificationHelp},
+            {macTexts.scheduleIntro, linuxTexts.scheduleIntro},
+            {macTexts.alwaysAllowHelp, linuxTexts.alwaysAllowHelp},
+            {macTexts.scheduleNotificationHelp, linuxTexts.scheduleNotificationHelp},
+            {macTexts.scheduleWarningNote, linuxTexts.scheduleWarningNote}};
+        static const QRegularExpression macWords(u"\\b(Mac|macOS|pmset|Focus)\\b"_s);
+        for (const auto& [macText, linuxText] : texts) {
+            QVERIFY2(macText.contains(macWords), qPrintable(macText));
+            QVERIFY2(!linuxText.contains(macWords), qPrintable(linuxText));
+        }
+    }
+
+    // Each tab, filled in, fits the settings window's width; with VANTLE_DEMO_DIR set, pictures
+    // of them are saved there.
+    void tabsFitTheWindow_data() {
+        QTest::addColumn<QString>("tab");
+        QTest::newRow("auto-quit") << u"autoquit"_s;
+        QTest::newRow("schedule") << u"schedule"_s;
+        QTest::newRow("shortcuts") << u"shortcuts"_s;
+    }
+    void tabsFitTheWindow() {
+        QFETCH(QString, tab);
+        f->launch(10, u"Mail"_s, u"org.mail"_s);
+        f->launch(11, u"Text Editor"_s, u"org.editor"_s);
+        f->launch(12, u"Terminal"_s, u"org.terminal"_s);
+        f->launch(13, u"Files"_s, u"org.files"_s);
+        f->settings.setAppRules({{u"org.mail"_s, u"Mail"_s, AppRule::Action::quit, 30},
+                                 {u"org.editor"_s, u"Text Editor"_s, AppRule::Action::hide, 120},
+                                 {u"org.chat"_s, u"Chat"_s, AppRule::Action::quit, 15}});
+        f->settings.setIdleQuitEnabled(true);
+        f->settings.setIdleQuitTimeout(45);
+        f->settings.setQuitWarningStyle(QuitWarningStyle::window);
+        QList<ShutdownSchedule> list = schedules({Action::shutdown, Action::wake, Action::sleep});
+        list[1].hour = 7;
+        list[1].minute = 30;
+        list[1].days = {ShutdownSchedule::Weekday::monday, ShutdownSchedule::Weekday::tuesday,
+                        ShutdownSchedule::Weekday::wednesday};
+        list[2].hour = 25;
+        list[2].isEnabled = false;
+        f->settings.setShutdownSchedules(list);
+        f->settings.setDisabledShortcutIDs({u"restart"_s});
+        f->registrar.held = {HotKeyService::hotKeyId(AppCommand::shutDown)};
+        f->hotKeys.registerHotKeys(f->settings.enabledGlobalCommands());
+
+        std::unique_ptr<QWidget> widget;
+        if (tab == u"autoquit"_s) {
+            widget = std::make_unique<AutoQuitTab>(f->context);
+        } else if (tab == u"schedule"_s) {
+            widget = std::make_unique<ScheduleTab>(f->context);
         } else {
-            QTRY_VERIFY(!sheet);
-            QCOMPARE(f->removedCount, 1);
-            QVERIFY(!f->loginItem->registered);
-            QVERIFY(!f->files->exists(f->platform.installation.path));
+            widget = std::make_unique<ShortcutsTab>(f->context);
         }
-        QCOMPARE(f->scripts->administratorRuns.size(), passwordLine ? 1 : 0);
+        constexpr int kWindowWidth = 560;
+        QVERIFY2(widget->minimumSizeHint().width() <= kWindowWidth,
+                 qPrintable(u"needs %1 px"_s.arg(widget->minimumSizeHint().width())));
+        widget->resize(kWindowWidth, widget->heightForWidth(kWindowWidth) > 0
+                                         ? widget->heightForWidth(kWindowWidth)
+                                         : widget->sizeHint().height());
+        widget->show();
+        QVERIFY(QTest::qWaitForWindowExposed(widget.get()));
+
+        // Tab goes through the controls as they are read, row by row and left to right, and each
+        // tells a screen reader what it is.
+        QList<QWidget*> chain;
+        for (QWidget* next = widget->nextInFocusChain(); next != widget.get();
+             next = next->nextInFocusChain()) {
+            if ((next->focusPolicy() & Qt::TabFocus) && next->isVisibleTo(widget.get())) {
+                chain.append(next);
+            }
+        }
+        const auto spokenName = [](QWidget* control) {
+            QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(control);
+            return accessible ? accessible->text(QAccessible::Name) : QString();
+        };
+        QVERIFY(chain.size() > 3);
+        for (qsizetype i = 0; i < chain.size(); ++i) {
+            QVERIFY2(!spokenName(chain[i]).isEmpty(),
+                     qPrintable(QLatin1String(chain[i]->metaObject()->className()) + u" "_s +
+                                chain[i]->objectName()));
+            if (i == 0) {
+                continue;
+            }
+            const QPoint before = chain[i - 1]->mapTo(widget.get(), chain[i - 1]->rect().center());
+            const QPoint after = chain[i]->mapTo(widget.get(), chain[i]->rect().center());
+            const bool sameLine = qAbs(after.y() - before.y()) < 10;
+            QVERIFY2(sameLine ? after.x() > before.x() : after.y() > before.y(),
+                     qPrintable(spokenName(chain[i - 1]) + u" then "_s + spokenName(chain[i])));
+        }
+
+        const QString dir = qEnvironmentVariable("VANTLE_DEMO_DIR");
+        if (!dir.isEmpty()) {
+            QVERIFY(widget->grab().save(dir + u"/settings-"_s + tab + u".png"_s));
+            if (auto* autoQuit = qobject_cast<AutoQuitTab*>(widget.get())) {
+                QDialog* sheet = openAddSheet(*autoQuit);
+                QVERIFY(QTest::qWaitForWindowExposed(sheet));
+                QVERIFY(sheet->grab().save(dir + u"/settings-addapp.png"_s));
+            }
+        }
     }
 };
 

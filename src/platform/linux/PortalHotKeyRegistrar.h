@@ -26,6 +26,8 @@ public:
     std::optional<Reference> registerHotKey(const Request& request) override;
     void unregisterHotKey(Reference reference) override;
     void commit() override;
+    bool desktopBindsKeys() const override { return true; }
+    bool offersHotKeys() const override { return m_portal != Portal::missing; }
 
     // The combination in the shortcut notation the portal takes, e.g. "CTRL+ALT+LOGO+q".
     static QString preferredTrigger(const KeyCombo& combo);
