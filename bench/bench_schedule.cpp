@@ -39,7 +39,7 @@ void BM_ScheduleCheck(benchmark::State& state) {
     ScheduleMonitorService service(clock, assertion);
     service.setSettings(&settings);
     int fired = 0;
-    service.onScheduledAction = [&fired](ShutdownSchedule::Action) { ++fired; };
+    service.onScheduledAction = [&fired](const ShutdownSchedule&) { ++fired; };
     for (auto _ : state) {
         service.check();
         benchmark::DoNotOptimize(service.lastFiredIDs().size());
