@@ -23,6 +23,13 @@ const ProductTexts& ProductTexts::macOS() {
             "Vantle will remove the rule that let it change the Mac's power schedule without a "
             "password. Your schedules keep working — macOS will simply ask for your password each "
             "time they change.\n\nmacOS will ask for your password next."),
+        .protectMenuBarAppsTitle = QString::fromUtf8(
+            QT_TRANSLATE_NOOP("ProductTexts", "Protect menu bar apps from auto-quit")),
+        .protectMenuBarAppsHelp = QString::fromUtf8(QT_TRANSLATE_NOOP(
+            "ProductTexts",
+            "Apps that live only in the menu bar (e.g. Carbon Copy Cloner, HazeOver) will never "
+            "be hidden or quit automatically. Uncheck to allow them to be managed like any other "
+            "app.")),
     };
     return texts;
 }
@@ -48,6 +55,13 @@ const ProductTexts& ProductTexts::linuxDesktop() {
             "Vantle will remove the rule that let it change the computer's power schedule without "
             "a password. Your schedules keep working — Linux will simply ask for your password "
             "each time they change.\n\nLinux will ask for your password next."),
+        .protectMenuBarAppsTitle = QString::fromUtf8(
+            QT_TRANSLATE_NOOP("ProductTexts", "Protect tray-only apps from auto-quit")),
+        .protectMenuBarAppsHelp = QString::fromUtf8(QT_TRANSLATE_NOOP(
+            "ProductTexts",
+            "Apps that live only in the system tray (e.g. Nextcloud, KeePassXC) will never be "
+            "hidden or quit automatically. Uncheck to allow them to be managed like any other "
+            "app.")),
     };
     return texts;
 }

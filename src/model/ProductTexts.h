@@ -21,6 +21,10 @@ struct ProductTexts {
     // Before installing and before removing the Always Allow rule; %1 is the scheduler's path.
     QString installRuleExplanation;
     QString removeRuleExplanation;
+    // The General tab's switch that spares apps living only in the menu bar or tray, and its
+    // help. Marked for translation in the "ProductTexts" context.
+    QString protectMenuBarAppsTitle;
+    QString protectMenuBarAppsHelp;
 
     static const ProductTexts& macOS();
     static const ProductTexts& linuxDesktop();
