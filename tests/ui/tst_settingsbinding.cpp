@@ -44,9 +44,10 @@ QComboBox* styleCombo() {
     return combo;
 }
 
-const BindingConversion kSecondsAsMinutes{
-    [](const QVariant& seconds) { return QVariant(qRound(seconds.toDouble() / 60)); },
-    [](const QVariant& minutes) { return QVariant(minutes.toDouble() * 60); }};
+// Seconds shown as tenths of a minute: a conversion each way that is not its own inverse.
+const BindingConversion kSecondsAsTenthMinutes{
+    [](const QVariant& seconds) { return QVariant(seconds.toDouble() / 6); },
+    [](const QVariant& tenths) { return QVariant(tenths.toDouble() * 6); }};
 
 } // namespace
 
@@ -79,7 +80,8 @@ private slots:
              false,
              true,
              {}},
-            {"slider in minutes", "idleQuitTimeout",
+            {"slider",
+             "idleQuitTimeout",
              [] {
                  auto* slider = new QSlider;
                  slider->setRange(5, 180);
@@ -90,7 +92,12 @@ private slots:
              [](QWidget* w) {
                  static_cast<QSlider*>(w)->triggerAction(QAbstractSlider::SliderSingleStepAdd);
              },
-             1800.0, 30, 3600.0, 60, 3900.0, kSecondsAsMinutes},
+             30.0,
+             30,
+             60.0,
+             60,
+             65.0,
+             {}},
             {"combo box by item data",
              "quitWarningStyle",
              [] { return styleCombo(); },
@@ -102,17 +109,17 @@ private slots:
              u"notification"_s,
              u"never"_s,
              {}},
-            {"spin box",
+            {"spin box with a conversion",
              "scheduleWarningSeconds",
              [] { return new QDoubleSpinBox; },
              [](QWidget* w) { return QVariant(static_cast<QDoubleSpinBox*>(w)->value()); },
              [](QWidget* w) { static_cast<QDoubleSpinBox*>(w)->stepUp(); },
              30.0,
-             30.0,
+             5.0,
              45.0,
-             45.0,
-             46.0,
-             {}},
+             7.5,
+             51.0,
+             kSecondsAsTenthMinutes},
         };
         for (const ControlCase& c : cases) {
             init();
@@ -158,8 +165,8 @@ private slots:
         new QCheckBox(&page); // unnamed
         auto* other = new QLineEdit(&page);
         other->setObjectName(u"search"_s);
-        QCOMPARE(bindSettings(&page, *settings, {{u"idleQuitTimeout"_s, kSecondsAsMinutes}}), 2);
-        QCOMPARE(slider->value(), qRound(settings->idleQuitTimeout() / 60));
+        QCOMPARE(bindSettings(&page, *settings), 2);
+        QCOMPARE(slider->value(), 30);
         toggle->click();
         QCOMPARE(settings->showBackgroundApps(), toggle->isChecked());
 

@@ -17,6 +17,7 @@
 #include <QFrame>
 #include <QGuiApplication>
 #include <QMenu>
+#include <QPainter>
 #include <QScreen>
 #include <QShortcut>
 #include <QSystemTrayIcon>
@@ -142,11 +143,28 @@ QIcon StatusBarController::trayIconImage() const {
     if (m_trayHost.hasStatusNotifierHost() && QIcon::hasThemeIcon(kThemeIconName)) {
         return QIcon::fromTheme(kThemeIconName);
     }
+    // The tray's own background is unknown, and panels often differ from the desktop's
+    // appearance: a thin halo of the opposite shade keeps the symbol legible on either.
     const bool dark = m_appearance && m_appearance->isDark();
-    const QColor ink = dark ? QColor(0xee, 0xee, 0xec) : QColor(0x2e, 0x34, 0x36);
+    const QColor light(0xee, 0xee, 0xec);
+    const QColor deep(0x2e, 0x34, 0x36);
+    const QColor ink = dark ? light : deep;
+    const QColor halo = dark ? deep : light;
     QIcon icon;
     for (const int size : {16, 22, 24, 32, 48, 64}) {
-        icon.addPixmap(glyph(QStringLiteral("vantle-tray"), ink, size).pixmap(size, size));
+        const QPixmap symbol = glyph(QStringLiteral("vantle-tray"), ink, size).pixmap(size, size);
+        const QPixmap outline = glyph(QStringLiteral("vantle-tray"), halo, size).pixmap(size, size);
+        QPixmap framed(symbol.size());
+        framed.fill(Qt::transparent);
+        QPainter painter(&framed);
+        painter.setOpacity(0.6);
+        for (const QPoint offset : {QPoint(-1, 0), QPoint(1, 0), QPoint(0, -1), QPoint(0, 1)}) {
+            painter.drawPixmap(offset, outline);
+        }
+        painter.setOpacity(1);
+        painter.drawPixmap(0, 0, symbol);
+        painter.end();
+        icon.addPixmap(framed);
     }
     return icon;
 }
