@@ -33,8 +33,8 @@ QFrame* group(QWidget* parent) {
     auto* frame = new QFrame(parent);
     frame->setFrameShape(QFrame::StyledPanel);
     auto* layout = new QVBoxLayout(frame);
-    layout->setContentsMargins(10, 6, 10, 6);
-    layout->setSpacing(4);
+    layout->setContentsMargins(10, 8, 10, 8);
+    layout->setSpacing(8);
     return frame;
 }
 
