@@ -19,6 +19,7 @@
 #include "system/Uninstaller.h"
 #include "system/UpdateService.h"
 #include "ui/AppearancePalette.h"
+#include "ui/settings/SettingsWindowManager.h"
 #include "ui/status/StatusBarController.h"
 
 #include <QApplication>
@@ -65,7 +66,11 @@ AppDelegate::AppDelegate(Platform& platform, QObject* parent)
     , m_uninstaller(std::make_unique<Uninstaller>(Uninstaller::Parts{
           *m_settings, *platform.defaults, *platform.scripts, *platform.loginItem, *platform.files,
           platform.schedulerTool, platform.installation}))
-    , m_updates(new UpdateService(platform.updater.get(), *platform.clock, this)) {
+    , m_updates(new UpdateService(platform.updater.get(), *platform.clock, this))
+    , m_settingsWindows(new SettingsWindowManager(
+          SettingsContext{*m_settings, platform, *m_appMonitor, *m_privilegedRunner, *m_hotKeys,
+                          *m_notificationAuthority, *m_uninstaller},
+          this)) {
     // Removed: every window closes and the app ends.
     m_uninstaller->onRemoved = [] {
         QApplication::closeAllWindows();
@@ -192,6 +197,16 @@ void AppDelegate::createStatusBar() {
         options.trayWait = std::chrono::seconds(waitSeconds);
     }
     QPointer<AppDelegate> self(this);
+    options.openSettings = [self] {
+        if (self) {
+            self->showSettings();
+        }
+    };
+    options.openAbout = [self] {
+        if (self) {
+            self->showSettings(SettingsTab::about);
+        }
+    };
     m_statusBar = new StatusBarController(
         *m_appMonitor, *m_settings, *m_platform.trayHost, m_platform.appearance.get(),
         *m_platform.clock, options,
@@ -213,6 +228,37 @@ void AppDelegate::showAppList() {
     if (m_statusBar) {
         m_statusBar->showAppList();
     }
+}
+
+void AppDelegate::showSettings(std::optional<SettingsTab> tab) {
+    m_settingsWindows->show(tab);
+}
+
+namespace {
+const QString kSettingsAction = QStringLiteral("settings");
+} // namespace
+
+QString AppDelegate::settingsAction(std::optional<SettingsTab> tab) {
+    return tab ? kSettingsAction + QLatin1Char(':') + rawValue(*tab) : kSettingsAction;
+}
+
+bool AppDelegate::handleAction(const QString& name) {
+    if (const auto command = fromRawValue<AppCommand>(name); command && isGlobalCommand(*command)) {
+        handleCommand(*command);
+        return true;
+    }
+    if (name == kSettingsAction) {
+        showSettings();
+        return true;
+    }
+    if (name.startsWith(kSettingsAction + QLatin1Char(':'))) {
+        if (const auto tab = fromRawValue<SettingsTab>(name.mid(kSettingsAction.size() + 1))) {
+            showSettings(*tab);
+            return true;
+        }
+    }
+    logLine(QStringLiteral("ignored the unknown action \"%1\" sent by another launch").arg(name));
+    return false;
 }
 
 void AppDelegate::handleCommand(AppCommand command) {

@@ -4,12 +4,14 @@
 #include "model/ShutdownSchedule.h"
 #include "platform/Clock.h"
 #include "platform/RunningApplication.h"
+#include "ui/settings/SettingsTab.h"
 
 #include <QList>
 #include <QObject>
 #include <QSet>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace vantle {
 
@@ -26,6 +28,7 @@ class UpdateService;
 class QuitWarningService;
 class ScheduleMonitorService;
 class ScheduleWarningService;
+class SettingsWindowManager;
 class StatusBarController;
 class AppearancePalette;
 struct AppInfo;
@@ -62,6 +65,14 @@ public:
     void handleCommand(AppCommand command);
     // A later launch asked to see Vantle: the app list, at the tray icon or as a window.
     void showAppList();
+    // The settings window on `tab`, or on the tab it last showed.
+    void showSettings(std::optional<SettingsTab> tab = std::nullopt);
+    SettingsWindowManager& settingsWindows() const { return *m_settingsWindows; }
+    // What another launch asked for by name: a system-wide command's raw value, or
+    // settingsAction(). False, with a log line, for anything else.
+    bool handleAction(const QString& name);
+    // The action that opens the settings window, on `tab` when one is given.
+    static QString settingsAction(std::optional<SettingsTab> tab = std::nullopt);
     // Null before launch, and where the platform offers no tray host to ask.
     StatusBarController* statusBar() const { return m_statusBar; }
 
@@ -99,6 +110,7 @@ private:
     Timer m_powerActionWait;
     StatusBarController* m_statusBar = nullptr;
     AppearancePalette* m_appearancePalette = nullptr;
+    SettingsWindowManager* m_settingsWindows;
 };
 
 } // namespace vantle

@@ -10,6 +10,7 @@
 #include "platform/Log.h"
 #include "platform/PlatformFactory.h"
 #include "system/NotificationAuthority.h"
+#include "ui/settings/SettingsTab.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -24,6 +25,7 @@ namespace {
 const QString kDiagnosticsOption = QStringLiteral("diagnostics");
 const QString kListAppsOption = QStringLiteral("list-apps");
 const QString kCommandOption = QStringLiteral("command");
+const QString kSettingsOption = QStringLiteral("settings");
 // How long --diagnostics waits for the notification service to say whether it may post.
 constexpr int kStatusWaitMs = 3'000;
 
@@ -108,6 +110,37 @@ void addOptions(QCommandLineParser& parser) {
                        "in your desktop's keyboard settings.")
             .arg(globalCommandNames().join(QStringLiteral(", "))),
         QStringLiteral("name")));
+    parser.addOption(QCommandLineOption(
+        kSettingsOption, QStringLiteral("Open the settings window, of the running Vantle if one "
+                                        "runs, on [tab] when given.")));
+    QStringList tabs;
+    for (const SettingsTab tab : allCases<SettingsTab>()) {
+        tabs << rawValue(tab);
+    }
+    parser.addPositionalArgument(
+        QStringLiteral("tab"),
+        QStringLiteral("With --settings: %1.").arg(tabs.join(QStringLiteral(", "))),
+        QStringLiteral("[tab]"));
+}
+
+// `vantle --settings [tab]`: the tab asked for, none for the one last shown; false when the
+// arguments name no tab.
+bool settingsTab(const QCommandLineParser& parser, std::optional<SettingsTab>* tab) {
+    const QStringList positional = parser.positionalArguments();
+    if (positional.isEmpty()) {
+        return true;
+    }
+    *tab = positional.size() == 1 ? fromRawValue<SettingsTab>(positional.first()) : std::nullopt;
+    if (!*tab) {
+        QStringList tabs;
+        for (const SettingsTab known : allCases<SettingsTab>()) {
+            tabs << rawValue(known);
+        }
+        logLine(QStringLiteral("unknown settings tab \"%1\". The tabs are: %2.")
+                    .arg(positional.join(QLatin1Char(' ')), tabs.join(QStringLiteral(", "))));
+        return false;
+    }
+    return true;
 }
 
 void printLine(const QString& text) {
@@ -203,7 +236,26 @@ int VantleApp::runApplication() {
     QObject::connect(&terminationSignals, &TerminationSignals::terminationRequested, qApp,
                      [](int) { QCoreApplication::quit(); });
 
+    const bool openSettings = parser.isSet(kSettingsOption);
+    std::optional<SettingsTab> tab;
+    if (openSettings && !settingsTab(parser, &tab)) {
+        return 2;
+    }
+
     const std::unique_ptr<InstanceGuard> guard = makeInstanceGuard();
+    if (openSettings) {
+        // A running copy opens its own window; only without one does this launch become it.
+        QString error;
+        switch (guard->sendAction(AppDelegate::settingsAction(tab), &error)) {
+        case InstanceGuard::Delivery::Delivered:
+            return 0;
+        case InstanceGuard::Delivery::Failed:
+            logLine(QStringLiteral("the running Vantle did not open its settings: %1").arg(error));
+            return 1;
+        case InstanceGuard::Delivery::NotRunning:
+            break;
+        }
+    }
     if (guard->claim() == InstanceGuard::Claim::AlreadyRunning) {
         return 0;
     }
@@ -215,19 +267,15 @@ int VantleApp::runApplication() {
         logLine(QStringLiteral("another launch asked to show Vantle"));
         delegate->showAppList();
     });
-    // `vantle --command NAME` from a terminal or the desktop's own shortcut settings.
+    // `vantle --command NAME` from a terminal or the desktop's own shortcut settings, and
+    // `vantle --settings [tab]`.
     QObject::connect(guard.get(), &InstanceGuard::actionRequested, delegate,
-                     [delegate](const QString& name) {
-                         if (const auto command = globalCommand(name)) {
-                             delegate->handleCommand(*command);
-                         } else {
-                             logLine(QStringLiteral("ignored the unknown command \"%1\" sent "
-                                                    "by another launch")
-                                         .arg(name));
-                         }
-                     });
+                     &AppDelegate::handleAction);
 
     m_appDelegate->applicationDidFinishLaunching();
+    if (openSettings) {
+        m_appDelegate->showSettings(tab);
+    }
     const int status = QApplication::exec();
     m_appDelegate.reset();
     // A save that found the settings lock busy is still queued; it must not go with the process.

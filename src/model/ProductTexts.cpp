@@ -60,6 +60,13 @@ const ProductTexts& ProductTexts::macOS() {
             "Applies to Sleep and Shut Down. Wake, Restart and Power On are handed to macOS via "
             "pmset, which runs them whether or not Vantle is open — so they can't be warned about "
             "or cancelled here."),
+        .protectMenuBarAppsTitle = QString::fromUtf8(
+            QT_TRANSLATE_NOOP("ProductTexts", "Protect menu bar apps from auto-quit")),
+        .protectMenuBarAppsHelp = QString::fromUtf8(QT_TRANSLATE_NOOP(
+            "ProductTexts",
+            "Apps that live only in the menu bar (e.g. Carbon Copy Cloner, HazeOver) will never "
+            "be hidden or quit automatically. Uncheck to allow them to be managed like any other "
+            "app.")),
     };
     return texts;
 }
@@ -124,6 +131,13 @@ const ProductTexts& ProductTexts::linuxDesktop() {
             "Applies to Sleep and Shut Down. Wake, Restart and Power On are handed to Linux via "
             "systemd timers, which run them whether or not Vantle is open — so they can't be "
             "warned about or cancelled here."),
+        .protectMenuBarAppsTitle = QString::fromUtf8(
+            QT_TRANSLATE_NOOP("ProductTexts", "Protect tray-only apps from auto-quit")),
+        .protectMenuBarAppsHelp = QString::fromUtf8(QT_TRANSLATE_NOOP(
+            "ProductTexts",
+            "Apps that live only in the system tray (e.g. Nextcloud, KeePassXC) will never be "
+            "hidden or quit automatically. Uncheck to allow them to be managed like any other "
+            "app.")),
     };
     return texts;
 }

@@ -46,6 +46,11 @@ struct ProductTexts {
     QString scheduleNotificationHelp;
     QString scheduleWarningNote;
 
+    // The General tab's switch that spares apps living only in the menu bar or tray, and its
+    // help. Marked for translation in the "ProductTexts" context.
+    QString protectMenuBarAppsTitle;
+    QString protectMenuBarAppsHelp;
+
     static const ProductTexts& macOS();
     static const ProductTexts& linuxDesktop();
 };

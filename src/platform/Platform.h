@@ -2,6 +2,7 @@
 
 #include "platform/Alerts.h"
 #include "platform/AppInstallation.h"
+#include "platform/ApplicationCatalog.h"
 #include "platform/BundleInfo.h"
 #include "platform/Clock.h"
 #include "platform/DefaultsStore.h"
@@ -64,6 +65,8 @@ struct Platform {
     // Null where there is no desktop to ask.
     std::unique_ptr<TrayHost> trayHost;
     std::unique_ptr<DesktopAppearance> appearance;
+    // The app only: the installed applications, for choosing one by name. Null where unknown.
+    std::unique_ptr<ApplicationCatalog> applications;
 };
 
 } // namespace vantle

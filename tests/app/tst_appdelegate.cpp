@@ -1,86 +1,18 @@
 #include "app/AppDelegate.h"
-#include "fakes/FakeAlerts.h"
-#include "fakes/FakeBundleInfo.h"
-#include "fakes/FakeFileOps.h"
-#include "fakes/FakeHotKeyRegistrar.h"
-#include "fakes/FakeIdleTime.h"
-#include "fakes/FakeLoginItem.h"
-#include "fakes/FakeNotificationCenter.h"
-#include "fakes/FakePowerActions.h"
-#include "fakes/FakePowerAssertion.h"
-#include "fakes/FakeScriptRunner.h"
-#include "fakes/FakeWorkspace.h"
-#include "fakes/InlineExecutor.h"
+#include "fakes/FakePlatform.h"
 #include "fakes/LogCapture.h"
-#include "fakes/ManualClock.h"
-#include "fakes/MemoryDefaultsStore.h"
 #include "model/AppSettings.h"
 #include "model/ProductTexts.h"
 #include "monitor/AppMonitorService.h"
-#include "platform/NullPanelPlacement.h"
-#include "platform/Platform.h"
 #include "system/HotKeyService.h"
+#include "ui/settings/SettingsSelection.h"
+#include "ui/settings/SettingsWindow.h"
+#include "ui/settings/SettingsWindowManager.h"
 
 #include <QTest>
 
 using namespace vantle;
-
-namespace {
-
-struct FakePlatform {
-    Platform platform;
-    MemoryDefaultsStore* defaults;
-    FakeLoginItem* loginItem;
-
-    FakePlatform() {
-        auto store = std::make_unique<MemoryDefaultsStore>();
-        auto login = std::make_unique<FakeLoginItem>();
-        defaults = store.get();
-        loginItem = login.get();
-        platform.clock = std::make_unique<ManualClock>();
-        platform.executor = std::make_unique<InlineExecutor>();
-        platform.defaults = std::move(store);
-        platform.bundle = std::make_unique<FakeBundleInfo>();
-        platform.loginItem = std::move(login);
-        platform.texts = &ProductTexts::linuxDesktop();
-        auto fakeWorkspace = std::make_unique<FakeWorkspace>();
-        workspace = fakeWorkspace.get();
-        platform.workspace = std::move(fakeWorkspace);
-        auto fakeIdle = std::make_unique<FakeIdleTime>();
-        idle = fakeIdle.get();
-        platform.idleTime = std::move(fakeIdle);
-        auto fakeNotifications = std::make_unique<FakeNotificationCenter>();
-        notifications = fakeNotifications.get();
-        platform.notifications = std::move(fakeNotifications);
-        platform.panelPlacement = std::make_unique<NullPanelPlacement>();
-        platform.powerAssertion = std::make_unique<FakePowerAssertion>();
-        auto fakePower = std::make_unique<FakePowerActions>();
-        power = fakePower.get();
-        platform.powerActions = std::move(fakePower);
-        auto fakeScripts = std::make_unique<FakeScriptRunner>();
-        scripts = fakeScripts.get();
-        platform.scripts = std::move(fakeScripts);
-        auto fakeAlerts = std::make_unique<FakeAlerts>();
-        alerts = fakeAlerts.get();
-        platform.alerts = std::move(fakeAlerts);
-        platform.schedulerTool = PowerSchedulerTool::linuxTool(QStringLiteral("/opt/vantle"));
-        platform.userName = QStringLiteral("ada");
-        auto fakeHotKeys = std::make_unique<FakeHotKeyRegistrar>();
-        hotKeys = fakeHotKeys.get();
-        platform.hotKeys = std::move(fakeHotKeys);
-        platform.files = std::make_unique<FakeFileOps>();
-    }
-    FakeHotKeyRegistrar* hotKeys;
-    FakeScriptRunner* scripts;
-    FakeAlerts* alerts;
-    FakePowerActions* power;
-    ManualClock& clock() { return static_cast<ManualClock&>(*platform.clock); }
-    FakeWorkspace* workspace;
-    FakeIdleTime* idle;
-    FakeNotificationCenter* notifications;
-};
-
-} // namespace
+using namespace Qt::StringLiterals;
 
 class TestAppDelegate : public QObject {
     Q_OBJECT
@@ -327,6 +259,36 @@ private slots:
         QCOMPARE(
             decodeShutdownSchedules(*fake.defaults->dataValue(QStringLiteral("shutdownSchedules"))),
             edited);
+    }
+
+    // What another launch sends: `vantle --settings [tab]` opens the window on that tab, a
+    // command runs, anything else is logged and ignored.
+    void actionsFromAnotherLaunch_data() {
+        QTest::addColumn<QString>("action");
+        QTest::addColumn<bool>("handled");
+        QTest::addColumn<bool>("window");
+        QTest::addColumn<QString>("tab");
+        QTest::newRow("settings") << AppDelegate::settingsAction() << true << true << u"general"_s;
+        QTest::newRow("settings on a tab") << AppDelegate::settingsAction(SettingsTab::exclusions)
+                                           << true << true << u"exclusions"_s;
+        QTest::newRow("unknown tab") << u"settings:colours"_s << false << false << QString();
+        QTest::newRow("command") << u"quitAllApps"_s << true << false << QString();
+        QTest::newRow("list-only command") << u"focusSearch"_s << false << false << QString();
+    }
+    void actionsFromAnotherLaunch() {
+        QFETCH(QString, action);
+        QFETCH(bool, handled);
+        QFETCH(bool, window);
+        QFETCH(QString, tab);
+        FakePlatform fake;
+        AppDelegate delegate(fake.platform);
+        LogCapture log;
+        QCOMPARE(delegate.handleAction(action), handled);
+        QCOMPARE(log.count(u"unknown action"_s), handled ? 0 : 1);
+        QCOMPARE(delegate.settingsWindows().window() != nullptr, window);
+        if (window) {
+            QCOMPARE(rawValue(delegate.settingsWindows().selection().tab()), tab);
+        }
     }
 };
 

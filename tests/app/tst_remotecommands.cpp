@@ -6,6 +6,7 @@
 #include <QDBusConnectionInterface>
 #include <QDir>
 #include <QFile>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -31,13 +32,24 @@ private:
     }
 
     int vantleCommand(const QString& name, QString* err) const {
-        auto process = m_desktop->start(QStringLiteral(VANTLE_BINARY), {u"--command"_s, name},
-                                        m_bus->address());
+        return vantle({u"--command"_s, name}, err);
+    }
+
+    int vantle(const QStringList& arguments, QString* err) const {
+        auto process = m_desktop->start(QStringLiteral(VANTLE_BINARY), arguments, m_bus->address());
         if (!process->waitForFinished(30'000)) {
             return -1;
         }
         *err = QString::fromUtf8(process->readAllStandardError());
         return process->exitCode();
+    }
+
+    // The settings windows on the display, by title.
+    int settingsWindows() const {
+        auto search = m_desktop->start(
+            u"xdotool"_s, {u"search"_s, u"--onlyvisible"_s, u"--name"_s, u"^Vantle Settings$"_s});
+        search->waitForFinished(10'000);
+        return int(search->readAllStandardOutput().count('\n'));
     }
 
 private slots:
@@ -79,6 +91,28 @@ private slots:
         QString err;
         QCOMPARE(vantleCommand(u"sleep"_s, &err), 1);
         QVERIFY2(err.contains(u"Vantle is not running"_s), qPrintable(err));
+    }
+
+    // `vantle --settings [tab]`: the first launch starts with the window open; later ones hand
+    // the request to the running copy and leave, and no second window opens.
+    void settingsOpenInTheRunningCopy() {
+        // The window must be a real one on the test's display, where xdotool can find it.
+        const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
+        qputenv("QT_QPA_PLATFORM", "xcb");
+        const auto restore = qScopeGuard([&platform] { qputenv("QT_QPA_PLATFORM", platform); });
+        QString err;
+        QCOMPARE(vantle({u"--settings"_s, u"colours"_s}, &err), 2);
+        QVERIFY2(err.contains(u"unknown settings tab"_s), qPrintable(err));
+
+        auto app = m_desktop->start(QStringLiteral(VANTLE_BINARY),
+                                    {u"--settings"_s, u"exclusions"_s}, m_bus->address());
+        QTRY_COMPARE_WITH_TIMEOUT(settingsWindows(), 1, 30'000);
+        QCOMPARE(vantle({u"--settings"_s}, &err), 0);
+        QCOMPARE(vantle({u"--settings"_s, u"about"_s}, &err), 0);
+        QCOMPARE(settingsWindows(), 1);
+        QCOMPARE(app->state(), QProcess::Running);
+        app->terminate();
+        QVERIFY(app->waitForFinished(10'000));
     }
 
     void aShortcutAndTheCommandLineBothSleep() {

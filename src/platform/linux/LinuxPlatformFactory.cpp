@@ -8,6 +8,7 @@
 #include "platform/linux/DBusInstanceGuard.h"
 #include "platform/linux/FileDefaultsStore.h"
 #include "platform/linux/FreedesktopNotificationCenter.h"
+#include "platform/linux/GioApplicationCatalog.h"
 #include "platform/linux/LinuxBundleInfo.h"
 #include "platform/linux/LinuxFileOps.h"
 #include "platform/linux/LinuxTrayHost.h"
@@ -147,6 +148,7 @@ std::unique_ptr<Platform> makePlatform(PlatformUse use) {
         QObject::connect(platform->sleepWatcher.get(), &LogindSleepWatcher::didWake,
                          platform->workspace.get(), &Workspace::didWake);
         attachHotKeys(*platform);
+        platform->applications = std::make_unique<GioApplicationCatalog>();
     }
     return platform;
 }

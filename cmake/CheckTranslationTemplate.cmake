@@ -1,0 +1,23 @@
+# cmake -DLUPDATE=... -DSOURCE=... -DOUT=... -P CheckTranslationTemplate.cmake
+# Gathers the template as the vantle_translation_template target does and fails when texts the
+# user sees in the settings window did not reach it (a text left out of tr(), a broken lupdate).
+execute_process(
+  COMMAND "${LUPDATE}" -silent -locations none -extensions cpp,h "${SOURCE}" -ts "${OUT}"
+  RESULT_VARIABLE result)
+if(NOT result EQUAL 0)
+  message(FATAL_ERROR "lupdate failed (${result})")
+endif()
+file(READ "${OUT}" template)
+foreach(text
+    "<source>Vantle Settings</source>"
+    "<source>Auto-Quit</source>"
+    "<source>Launch Vantle at login</source>"
+    "<source>Protect tray-only apps from auto-quit</source>"
+    "<source>Protect menu bar apps from auto-quit</source>"
+    "<source>Excluded apps are never quit by the system idle feature.</source>"
+    "<source>Exclude</source>")
+  string(FIND "${template}" "${text}" at)
+  if(at LESS 0)
+    message(FATAL_ERROR "the translation template lacks ${text}")
+  endif()
+endforeach()
