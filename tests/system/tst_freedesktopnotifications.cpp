@@ -1,6 +1,6 @@
+#include "fakes/FakeCountdownPresenter.h"
 #include "fakes/LogCapture.h"
 #include "fakes/ManualClock.h"
-#include "monitor/CountdownPresenter.h"
 #include "monitor/QuitWarningService.h"
 #include "platform/linux/FreedesktopNotificationCenter.h"
 #include "support/DBusMock.h"
@@ -23,14 +23,6 @@ using vantle::testing::PrivateSessionBus;
 namespace {
 const QString kService = QStringLiteral("org.freedesktop.Notifications");
 const QString kQuitNow = QStringLiteral("Vantle.autoQuit.quitNow");
-struct CountingPresenter final : CountdownPresenter {
-    void show(QuitWarningState&, std::function<void()>, std::function<void()>) override {
-        open = true;
-    }
-    void close() override { open = false; }
-    bool isOpen() const override { return open; }
-    bool open = false;
-};
 
 AppInfo app(qint32 pid, const QString& name) {
     AppInfo info;
@@ -207,7 +199,7 @@ private slots:
         FreedesktopNotificationCenter center(m_bus->connection());
         NotificationAuthority authority(center, [] { return true; });
         ManualClock clock;
-        auto* presenter = new CountingPresenter;
+        auto* presenter = new FakeCountdownPresenter;
         QuitWarningService service(center, authority, clock,
                                    std::unique_ptr<CountdownPresenter>(presenter));
         QList<qint32> quit;

@@ -1,11 +1,13 @@
-#include "monitor/AutoQuitCountdownWindow.h"
 #include "monitor/QuitWarningState.h"
 #include "platform/linux/X11Connection.h"
 #include "platform/linux/X11PanelPlacement.h"
+#include "schedule/ScheduleWarningState.h"
 #include "support/VirtualDesktop.h"
+#include "ui/countdown/CountdownWindow.h"
 
 #include <QApplication>
 #include <QDir>
+#include <QProcess>
 #include <QScreen>
 #include <QStandardPaths>
 #include <QTest>
@@ -16,7 +18,7 @@ using namespace vantle;
 using namespace Qt::StringLiterals;
 using vantle::testing::VirtualDesktop;
 
-// The panel on a real X server and window manager: out of the way of the app in front.
+// The panel on a real X server and window manager: a panel out of the way of the app in front.
 class TestCountdownPanelX11 : public QObject {
     Q_OBJECT
 
@@ -27,6 +29,8 @@ public:
 private:
     VirtualDesktop& m_desktop;
     std::unique_ptr<X11Connection> m_x;
+    std::unique_ptr<QProcess> m_client;
+    xcb_window_t m_clientWindow = XCB_WINDOW_NONE;
 
     xcb_window_t activeWindow() {
         const auto active =
@@ -46,10 +50,14 @@ private:
         return XCB_WINDOW_NONE;
     }
 
+    static bool contains(const std::vector<uint32_t>& list, uint32_t item) {
+        return std::find(list.begin(), list.end(), item) != list.end();
+    }
+
     bool isManaged(xcb_window_t window) {
-        const auto clients =
-            m_x->cardinalProperty(m_x->root(), m_x->ewmh()->_NET_CLIENT_LIST, XCB_ATOM_WINDOW);
-        return std::find(clients.begin(), clients.end(), window) != clients.end();
+        return contains(
+            m_x->cardinalProperty(m_x->root(), m_x->ewmh()->_NET_CLIENT_LIST, XCB_ATOM_WINDOW),
+            window);
     }
 
 private slots:
@@ -63,69 +71,91 @@ private slots:
         QCOMPARE(QGuiApplication::platformName(), u"xcb"_s);
         m_x = X11Connection::open(m_desktop.display());
         QVERIFY(m_x);
-    }
 
-    void panelLeavesTheFocusAndShowsOnEveryDesktop() {
-        const auto client = m_desktop.start(QStringLiteral(VANTLE_REFUSER));
-        QVERIFY(client->waitForReadyRead(10'000));
-        xcb_window_t clientWindow = XCB_WINDOW_NONE;
-        QTRY_VERIFY_WITH_TIMEOUT((clientWindow = managedWindowOf(client->processId())), 10'000);
-        xcb_ewmh_request_change_active_window(m_x->ewmh(), 0, clientWindow,
-                                              XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER, XCB_CURRENT_TIME,
-                                              XCB_WINDOW_NONE);
-        // Beside the centred panel rather than under it, so the screenshot shows both.
+        // An app the user works in, beside the centred panel rather than under it, so the
+        // screenshots show both.
+        m_client = m_desktop.start(QStringLiteral(VANTLE_REFUSER));
+        QVERIFY(m_client->waitForReadyRead(10'000));
+        QTRY_VERIFY_WITH_TIMEOUT((m_clientWindow = managedWindowOf(m_client->processId())), 10'000);
         xcb_ewmh_request_moveresize_window(
-            m_x->ewmh(), 0, clientWindow, XCB_GRAVITY_NORTH_WEST, XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER,
+            m_x->ewmh(), 0, m_clientWindow, XCB_GRAVITY_NORTH_WEST,
+            XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER,
             static_cast<xcb_ewmh_moveresize_window_opt_flags_t>(
                 XCB_EWMH_MOVERESIZE_WINDOW_X | XCB_EWMH_MOVERESIZE_WINDOW_Y |
                 XCB_EWMH_MOVERESIZE_WINDOW_WIDTH | XCB_EWMH_MOVERESIZE_WINDOW_HEIGHT),
             40, 60, 400, 240);
-        m_x->flush();
-        QTRY_COMPARE_WITH_TIMEOUT(activeWindow(), clientWindow, 10'000);
+    }
 
-        QuitWarningState state;
+    void cleanupTestCase() {
+        if (m_client) {
+            m_client->kill();
+            m_client->waitForFinished(5'000);
+        }
+    }
+
+    void panelStaysAPanel_data() {
+        QTest::addColumn<bool>("schedule");
+        QTest::newRow("auto-quit") << false;
+        QTest::newRow("schedule") << true;
+    }
+    void panelStaysAPanel() {
+        QFETCH(bool, schedule);
+        xcb_ewmh_request_change_active_window(m_x->ewmh(), 0, m_clientWindow,
+                                              XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER, XCB_CURRENT_TIME,
+                                              XCB_WINDOW_NONE);
+        m_x->flush();
+        QTRY_COMPARE_WITH_TIMEOUT(activeWindow(), m_clientWindow, 10'000);
+
+        QuitWarningState quitState;
         AppInfo editor;
         editor.id = 41;
         editor.name = u"Stubborn Editor"_s;
         AppInfo terminal;
         terminal.id = 42;
         terminal.name = u"XTerm"_s;
-        state.setApps({editor, terminal});
+        quitState.setApps({editor, terminal});
+        ScheduleWarningState scheduleState;
+        scheduleState.setAction(ShutdownSchedule::Action::shutdown);
+        CountdownState& state = schedule ? static_cast<CountdownState&>(scheduleState) : quitState;
         state.setSecondsLeft(42);
         X11PanelPlacement placement(*m_x);
-        AutoQuitCountdownWindow window(placement);
-        window.show(
-            state, [] {}, [] {});
+        CountdownWindow window(placement);
+        window.show(state, [](bool) {});
         QWidget* panel = window.panel();
         const auto panelWindow = static_cast<xcb_window_t>(panel->winId());
         QVERIFY(QTest::qWaitForWindowExposed(panel));
         QTRY_VERIFY(isManaged(panelWindow));
 
         // Focus moves, if at all, soon after the window manager takes the window on.
-        QVERIFY2(!QTest::qWaitFor([&] { return activeWindow() != clientWindow; }, 1'000),
+        QVERIFY2(!QTest::qWaitFor([&] { return activeWindow() != m_clientWindow; }, 1'000),
                  "the panel took the focus");
         QVERIFY(!panel->isActiveWindow());
 
+        xcb_ewmh_connection_t* ewmh = m_x->ewmh();
         const auto desktop =
-            m_x->cardinalProperty(panelWindow, m_x->ewmh()->_NET_WM_DESKTOP, XCB_ATOM_CARDINAL);
-        const auto states =
-            m_x->cardinalProperty(panelWindow, m_x->ewmh()->_NET_WM_STATE, XCB_ATOM_ATOM);
-        const auto has = [&](xcb_atom_t atom) {
-            return std::find(states.begin(), states.end(), atom) != states.end();
-        };
+            m_x->cardinalProperty(panelWindow, ewmh->_NET_WM_DESKTOP, XCB_ATOM_CARDINAL);
+        const auto states = m_x->cardinalProperty(panelWindow, ewmh->_NET_WM_STATE, XCB_ATOM_ATOM);
         QVERIFY((!desktop.empty() && desktop.front() == 0xFFFFFFFF) ||
-                has(m_x->ewmh()->_NET_WM_STATE_STICKY));
-        QVERIFY(has(m_x->ewmh()->_NET_WM_STATE_ABOVE));
+                contains(states, ewmh->_NET_WM_STATE_STICKY));
+        QVERIFY(contains(states, ewmh->_NET_WM_STATE_ABOVE));
+        QVERIFY(contains(states, ewmh->_NET_WM_STATE_SKIP_TASKBAR));
+        // What the window manager lets the user do with it: move and close, nothing more.
+        const auto allowed =
+            m_x->cardinalProperty(panelWindow, ewmh->_NET_WM_ALLOWED_ACTIONS, XCB_ATOM_ATOM);
+        QVERIFY(contains(allowed, ewmh->_NET_WM_ACTION_CLOSE));
+        for (const xcb_atom_t action :
+             {ewmh->_NET_WM_ACTION_MINIMIZE, ewmh->_NET_WM_ACTION_MAXIMIZE_HORZ,
+              ewmh->_NET_WM_ACTION_MAXIMIZE_VERT, ewmh->_NET_WM_ACTION_RESIZE,
+              ewmh->_NET_WM_ACTION_FULLSCREEN}) {
+            QVERIFY2(!contains(allowed, action), qPrintable(QString::number(action)));
+        }
 
         panel->repaint();
         const QString shot =
-            QDir(QCoreApplication::applicationDirPath()).filePath(u"countdown-panel.png"_s);
+            QDir(QCoreApplication::applicationDirPath())
+                .filePath(u"countdown-panel-%1.png"_s.arg(QLatin1String(QTest::currentDataTag())));
         QVERIFY(QGuiApplication::primaryScreen()->grabWindow(0).save(shot));
         qInfo("screenshot: %s", qPrintable(shot));
-
-        window.close();
-        client->kill();
-        client->waitForFinished(5'000);
     }
 };
 
