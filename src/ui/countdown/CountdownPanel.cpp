@@ -63,13 +63,13 @@ CountdownPanel::CountdownPanel(CountdownState& state, std::function<void(bool co
     m_names->setAlignment(Qt::AlignCenter);
     m_names->setForegroundRole(QPalette::PlaceholderText);
     // A long list scrolls instead of pushing the buttons out of the fixed-size panel.
-    auto* namesArea = new QScrollArea(this);
-    namesArea->setFrameShape(QFrame::NoFrame);
-    namesArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    namesArea->setWidgetResizable(true);
-    namesArea->setWidget(m_names);
-    namesArea->setFixedWidth(kNamesWidth);
-    namesArea->viewport()->setAutoFillBackground(false);
+    m_namesArea = new QScrollArea(this);
+    m_namesArea->setFrameShape(QFrame::NoFrame);
+    m_namesArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_namesArea->setWidgetResizable(true);
+    m_namesArea->setWidget(m_names);
+    m_namesArea->setFixedWidth(kNamesWidth);
+    m_namesArea->viewport()->setAutoFillBackground(false);
 
     auto* cancel = new QPushButton(QStringLiteral("Cancel"), this);
     cancel->setShortcut(Qt::Key_Escape);
@@ -98,8 +98,9 @@ CountdownPanel::CountdownPanel(CountdownState& state, std::function<void(bool co
     layout->addWidget(m_symbol);
     layout->addLayout(m_heading);
     layout->addWidget(m_caption);
-    // Also the stretch that keeps the buttons at the bottom when there are no names.
-    layout->addWidget(namesArea, 1, Qt::AlignHCenter);
+    layout->addWidget(m_namesArea, 1, Qt::AlignHCenter);
+    // Keeps the buttons at the bottom while there are no names; the names take the room first.
+    layout->addStretch(0);
     layout->addLayout(buttons);
 
     connect(&m_state, &CountdownState::contentChanged, this, &CountdownPanel::showContent);
@@ -124,6 +125,8 @@ void CountdownPanel::showContent() {
         names << metrics.elidedText(name, Qt::ElideRight, room);
     }
     m_names->setText(names.join(QLatin1Char('\n')));
+    // Even empty, the scroll area asks for room the caption needs.
+    m_namesArea->setVisible(!names.isEmpty());
     m_confirm->setText(content.confirmLabel);
     // Setting the text resets the shortcut to its mnemonic.
     m_confirm->setShortcut(Qt::Key_Return);

@@ -5,6 +5,7 @@
 
 class QLabel;
 class QPushButton;
+class QScrollArea;
 class QVBoxLayout;
 
 namespace vantle {
@@ -32,6 +33,7 @@ private:
     QLabel* m_countdown = nullptr;
     QLabel* m_caption = nullptr;
     QLabel* m_names = nullptr;
+    QScrollArea* m_namesArea = nullptr;
     QPushButton* m_confirm = nullptr;
 };
 

@@ -4,6 +4,7 @@
 #include "ui/countdown/CountdownWindow.h"
 
 #include <QLabel>
+#include <QLayout>
 #include <QPointer>
 #include <QPushButton>
 #include <QTest>
@@ -146,6 +147,14 @@ private slots:
         QCOMPARE(panel.windowTitle(), windowTitle);
         QCOMPARE(text(panel, u"title"_s), title);
         QCOMPARE(text(panel, u"countdown"_s), u"in 42s"_s);
+        // Everything fits in the fixed size: no line is squeezed below its own height.
+        panel.layout()->activate();
+        for (const QLabel* label : panel.findChildren<QLabel*>()) {
+            if (label->isVisible() && !label->wordWrap()) {
+                QVERIFY2(label->height() >= label->sizeHint().height(),
+                         qPrintable(label->objectName()));
+            }
+        }
         QCOMPARE(text(panel, u"caption"_s), caption);
         QCOMPARE(panel.findChild<QLabel*>(u"caption"_s)->isVisible(), !caption.isEmpty());
         QVERIFY(!panel.findChild<QLabel*>(u"symbol"_s)->pixmap().isNull());
@@ -157,7 +166,9 @@ private slots:
         QCOMPARE(namesLabel->textFormat(), Qt::PlainText);
         const QStringList lines = namesLabel->text().split(u'\n', Qt::SkipEmptyParts);
         QCOMPARE(lines.size(), names.size());
+        const QFontMetrics metrics(namesLabel->font());
         for (qsizetype i = 0; i < lines.size(); ++i) {
+            QVERIFY(metrics.horizontalAdvance(lines[i]) <= namesLabel->parentWidget()->width());
             if (lines[i] != names[i]) {
                 QVERIFY(lines[i].endsWith(QChar(0x2026)));
                 QVERIFY(names[i].startsWith(lines[i].chopped(1)));

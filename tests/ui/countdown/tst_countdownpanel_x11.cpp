@@ -139,6 +139,12 @@ private slots:
                 contains(states, ewmh->_NET_WM_STATE_STICKY));
         QVERIFY(contains(states, ewmh->_NET_WM_STATE_ABOVE));
         QVERIFY(contains(states, ewmh->_NET_WM_STATE_SKIP_TASKBAR));
+        // A toolbar, which window managers give a title and close button but nothing to
+        // minimise or maximise; the utility type is only the fallback for those that lack it.
+        const auto types =
+            m_x->cardinalProperty(panelWindow, ewmh->_NET_WM_WINDOW_TYPE, XCB_ATOM_ATOM);
+        QVERIFY(!types.empty());
+        QCOMPARE(types.front(), ewmh->_NET_WM_WINDOW_TYPE_TOOLBAR);
         // What the window manager lets the user do with it: move and close, nothing more.
         const auto allowed =
             m_x->cardinalProperty(panelWindow, ewmh->_NET_WM_ALLOWED_ACTIONS, XCB_ATOM_ATOM);
