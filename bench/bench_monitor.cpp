@@ -72,7 +72,9 @@ void BM_AutoQuitPass(benchmark::State& state) {
     autoQuit.setIdleMonitor(&idle);
     autoQuit.setSettings(&settings);
     qsizetype handedOver = 0;
-    autoQuit.onAppsReadyToQuit = [&](const QList<AppInfo>& apps) { handedOver += apps.size(); };
+    autoQuit.onAppsReadyToQuit = [&](const QList<AppInfo>& apps, AutoQuitTrigger) {
+        handedOver += apps.size();
+    };
     clock.setNow(clock.now().addSecs(3600));
     for (auto _ : state) {
         autoQuit.evaluate();

@@ -12,12 +12,15 @@
 #include "schedule/PrivilegedRunner.h"
 #include "schedule/ScheduleMonitorService.h"
 #include "schedule/ScheduleWarningService.h"
+#include "system/HotKeyService.h"
 #include "system/NotificationAuthority.h"
+#include "ui/AppearancePalette.h"
 #include "ui/countdown/CountdownWindow.h"
+#include "ui/status/StatusBarController.h"
 
 #include <QCoreApplication>
 #include <QPointer>
-#include <QSet>
+#include <algorithm>
 
 namespace vantle {
 
@@ -42,8 +45,7 @@ AppDelegate::AppDelegate(Platform& platform, QObject* parent)
                                  *platform.texts, this))
     , m_autoQuit(new AutoQuitManager(*platform.workspace, *platform.clock, this))
     , m_scheduleMonitor(new ScheduleMonitorService(*platform.clock, *platform.powerAssertion, this))
-    , m_notificationAuthority(new NotificationAuthority(*platform.notifications,
-                                                        platform.openNotificationSettings, this))
+    , m_notificationAuthority(new NotificationAuthority(*platform.notifications, this))
     , m_quitWarning(
           new QuitWarningService(*platform.notifications, *m_notificationAuthority, *platform.clock,
                                  std::make_unique<CountdownWindow>(*platform.panelPlacement), this))
@@ -54,13 +56,8 @@ AppDelegate::AppDelegate(Platform& platform, QObject* parent)
                                                             platform.schedulerTool, *platform.texts,
                                                             platform.userName))
     , m_pmsetSync(new PmsetSync(*platform.clock, *platform.executor, *platform.scripts,
-                                *m_privilegedRunner, *platform.defaults, this)) {
-    m_platform.otherAppsStillRunning = [self = QPointer<AppDelegate>(this)] {
-        return self &&
-               std::any_of(self->m_askedToQuit.cbegin(), self->m_askedToQuit.cend(),
-                           [](const RunningApplicationRef& app) { return !app->isTerminated(); });
-    };
-}
+                                *m_privilegedRunner, *platform.defaults, this))
+    , m_hotKeys(new HotKeyService(*platform.hotKeys, this)) {}
 
 AppDelegate::~AppDelegate() = default;
 
@@ -72,18 +69,30 @@ void AppDelegate::applicationDidFinishLaunching() {
             logLine(QStringLiteral("could not re-create the login item: %1").arg(error));
         }
     }
+    // Every callback installed below holds the delegate weakly and does nothing once it is gone.
+    wireAutoQuit();
+    wireWarnings();
+    wireSchedules();
+    wireHotKeys();
+    createStatusBar();
+}
 
+void AppDelegate::wireAutoQuit() {
     m_autoQuit->setAppMonitor(m_appMonitor);
     m_autoQuit->setIdleMonitor(m_idleMonitor);
     m_autoQuit->setSettings(m_settings);
-    // Every callback holds the delegate weakly and does nothing once it is gone.
     QPointer<AppDelegate> self(this);
-    m_autoQuit->onAppsReadyToQuit = [self](const QList<AppInfo>& apps) {
+    m_autoQuit->onAppsReadyToQuit = [self](const QList<AppInfo>& apps, AutoQuitTrigger) {
         if (self) {
             self->m_quitWarning->present(apps);
         }
     };
+    m_autoQuit->start();
+    m_idleMonitor->start(kIdleSampleSeconds);
+}
 
+void AppDelegate::wireWarnings() {
+    QPointer<AppDelegate> self(this);
     m_quitWarning->setSettings(m_settings);
     m_quitWarning->onQuit = [self](const QList<AppInfo>& apps) {
         if (self) {
@@ -92,10 +101,9 @@ void AppDelegate::applicationDidFinishLaunching() {
     };
     m_quitWarning->onCancel = [self](const QList<AppInfo>& apps) {
         if (self) {
-            self->markJustActive(apps);
+            self->m_appMonitor->markJustActive(apps);
         }
     };
-
     m_quitWarning->registerCategory();
     m_scheduleWarning->registerCategory();
     // The quit warning receives every notification response; the schedule warning's come
@@ -111,14 +119,14 @@ void AppDelegate::applicationDidFinishLaunching() {
             self->proceed(action);
         }
     };
+}
 
-    m_autoQuit->start();
-    m_idleMonitor->start(kIdleSampleSeconds);
-
+void AppDelegate::wireSchedules() {
+    QPointer<AppDelegate> self(this);
     m_scheduleMonitor->setSettings(m_settings);
-    m_scheduleMonitor->onScheduledAction = [self](ShutdownSchedule::Action action) {
+    m_scheduleMonitor->onScheduledAction = [self](const ShutdownSchedule& schedule) {
         if (self) {
-            self->m_scheduleWarning->warn(action);
+            self->m_scheduleWarning->warn(schedule.action);
         }
     };
     m_scheduleMonitor->setPmsetSync(m_pmsetSync);
@@ -133,6 +141,63 @@ void AppDelegate::applicationDidFinishLaunching() {
     // The handle is a member, so the timer cannot outlive the delegate.
     m_hourlySync = m_platform.clock->repeating(
         kResyncInterval, [this] { m_scheduleMonitor->syncPmset(); }, kResyncTolerance);
+}
+
+void AppDelegate::wireHotKeys() {
+    QPointer<AppDelegate> self(this);
+    // A shortcut runs exactly what the same command from the menu runs.
+    m_hotKeys->onCommand = [self](AppCommand command) {
+        if (self) {
+            self->handleCommand(command);
+        }
+    };
+    registerHotKeys();
+    // Switching a shortcut off or on takes effect at once.
+    connect(m_settings, &AppSettings::disabledShortcutIDsChanged, this,
+            &AppDelegate::registerHotKeys);
+}
+
+void AppDelegate::registerHotKeys() {
+    m_hotKeys->registerHotKeys(m_settings->enabledGlobalCommands());
+}
+
+void AppDelegate::createStatusBar() {
+    if (m_platform.appearance) {
+        m_appearancePalette = new AppearancePalette(*m_platform.appearance, this);
+    }
+    if (!m_platform.trayHost) {
+        return;
+    }
+    StatusBarController::Options options;
+    options.keyCaps = KeyCapStyle::linuxDesktop;
+    // A panel that starts after Vantle at login gets this long; tests and demos shorten it.
+    bool ok = false;
+    const int waitSeconds = qEnvironmentVariableIntValue("VANTLE_TRAY_WAIT_SECONDS", &ok);
+    if (ok && waitSeconds >= 0) {
+        options.trayWait = std::chrono::seconds(waitSeconds);
+    }
+    QPointer<AppDelegate> self(this);
+    m_statusBar = new StatusBarController(
+        *m_appMonitor, *m_settings, *m_platform.trayHost, m_platform.appearance.get(),
+        *m_platform.clock, options,
+        [self](AppCommand command) {
+            if (self) {
+                self->handleCommand(command);
+            }
+        },
+        [self] {
+            const QList<AppCommand> refused =
+                self ? self->m_hotKeys->unavailable() : QList<AppCommand>();
+            return QSet<AppCommand>(refused.cbegin(), refused.cend());
+        },
+        this);
+    m_statusBar->start();
+}
+
+void AppDelegate::showAppList() {
+    if (m_statusBar) {
+        m_statusBar->showAppList();
+    }
 }
 
 void AppDelegate::handleCommand(AppCommand command) {
@@ -159,21 +224,8 @@ void AppDelegate::handleCommand(AppCommand command) {
 
 void AppDelegate::quitAllApps() {
     // Remember whom quit-all asks, so a restart can tell when they have gone.
-    const QSet<QString> excluded(m_settings->excludedBundleIDs().cbegin(),
-                                 m_settings->excludedBundleIDs().cend());
-    const qint32 self = static_cast<qint32>(QCoreApplication::applicationPid());
-    m_askedToQuit.clear();
-    for (const RunningApplicationRef& app : m_platform.workspace->runningApplications()) {
-        const auto bundle = app ? app->bundleIdentifier() : std::nullopt;
-        if (!app || app->processIdentifier() == self ||
-            (m_settings->protectMenuBarApps() &&
-             app->activationPolicy() != ActivationPolicy::regular) ||
-            (bundle && excluded.contains(*bundle))) {
-            continue;
-        }
-        m_askedToQuit.append(app);
-    }
-    m_appMonitor->quitAll(false, m_settings->excludedBundleIDs(), m_settings->protectMenuBarApps());
+    m_askedToQuit = m_appMonitor->quitAll(false, m_settings->excludedBundleIDs(),
+                                          m_settings->protectMenuBarApps());
 }
 
 void AppDelegate::proceed(ShutdownSchedule::Action action) {
@@ -187,10 +239,13 @@ void AppDelegate::proceed(ShutdownSchedule::Action action) {
 }
 
 void AppDelegate::performWhenAppsHaveQuit(ShutdownSchedule::Action action, int secondsLeft) {
-    if (secondsLeft <= 0 || !m_platform.otherAppsStillRunning()) {
+    const bool stillRunning =
+        std::any_of(m_askedToQuit.cbegin(), m_askedToQuit.cend(),
+                    [](const RunningApplicationRef& app) { return !app->isTerminated(); });
+    if (secondsLeft <= 0 || !stillRunning) {
         m_powerActionWait.reset();
         // The power actions themselves refuse, and say so, if apps with unsaved work remain.
-        performPowerAction(action, *m_platform.powerActions);
+        performPowerAction(action, *m_platform.powerActions, m_askedToQuit);
         return;
     }
     m_powerActionWait =
@@ -206,7 +261,7 @@ void AppDelegate::quitApps(const QList<AppInfo>& apps) {
             return;
         }
         // Their idle time starts over, so they are not asked again a minute later.
-        self->markJustActive(stillRunning);
+        self->m_appMonitor->markJustActive(stillRunning);
         self->m_quitWarning->reportRefused(stillRunning);
         QStringList names;
         for (const AppInfo& app : stillRunning) {
@@ -214,10 +269,6 @@ void AppDelegate::quitApps(const QList<AppInfo>& apps) {
         }
         logLine(QStringLiteral("would not quit: %1").arg(names.join(QStringLiteral(", "))));
     });
-}
-
-void AppDelegate::markJustActive(const QList<AppInfo>& apps) {
-    m_appMonitor->markJustActive(apps);
 }
 
 } // namespace vantle

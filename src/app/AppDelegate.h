@@ -7,6 +7,8 @@
 
 #include <QList>
 #include <QObject>
+#include <QSet>
+#include <functional>
 #include <memory>
 
 namespace vantle {
@@ -14,6 +16,7 @@ namespace vantle {
 class AppMonitorService;
 class AppSettings;
 class AutoQuitManager;
+class HotKeyService;
 class IdleMonitorService;
 class NotificationAuthority;
 class PmsetSync;
@@ -21,6 +24,8 @@ class PrivilegedRunner;
 class QuitWarningService;
 class ScheduleMonitorService;
 class ScheduleWarningService;
+class StatusBarController;
+class AppearancePalette;
 struct AppInfo;
 struct Platform;
 
@@ -45,16 +50,29 @@ public:
     ScheduleWarningService& scheduleWarning() const { return *m_scheduleWarning; }
     PrivilegedRunner& privilegedRunner() const { return *m_privilegedRunner; }
     PmsetSync& pmsetSync() const { return *m_pmsetSync; }
+    // The one holder of the system-wide shortcuts, for the views that show them.
+    HotKeyService& hotKeyService() const { return *m_hotKeys; }
 
     // What a shortcut or a menu item asked for.
     void handleCommand(AppCommand command);
+    // A later launch asked to see Vantle: the app list, at the tray icon or as a window.
+    void showAppList();
+    // Null before launch, and where the platform offers no tray host to ask.
+    StatusBarController* statusBar() const { return m_statusBar; }
 
 private:
+    // The wiring of applicationDidFinishLaunching(), one feature each.
+    void wireAutoQuit();
+    void wireWarnings();
+    void wireSchedules();
+    void wireHotKeys();
+
+    void createStatusBar();
     void quitApps(const QList<AppInfo>& apps);
-    void markJustActive(const QList<AppInfo>& apps);
     void quitAllApps();
     void proceed(ShutdownSchedule::Action action);
     void performWhenAppsHaveQuit(ShutdownSchedule::Action action, int secondsLeft);
+    void registerHotKeys();
 
     Platform& m_platform;
     AppMonitorService* m_appMonitor;
@@ -67,10 +85,13 @@ private:
     ScheduleWarningService* m_scheduleWarning;
     std::unique_ptr<PrivilegedRunner> m_privilegedRunner;
     PmsetSync* m_pmsetSync;
+    HotKeyService* m_hotKeys;
     Timer m_hourlySync;
     // The apps the last quit-all before a restart or shut down asked to quit.
     QList<RunningApplicationRef> m_askedToQuit;
     Timer m_powerActionWait;
+    StatusBarController* m_statusBar = nullptr;
+    AppearancePalette* m_appearancePalette = nullptr;
 };
 
 } // namespace vantle

@@ -2,12 +2,13 @@
 
 #include "app/AppDelegate.h"
 #include "app/AppListing.h"
-#include "platform/PlatformFactory.h"
 #include "app/TerminationSignals.h"
+#include "model/AppCommand.h"
 #include "model/AppSettings.h"
 #include "monitor/AppMonitorService.h"
 #include "platform/InstanceGuard.h"
 #include "platform/Log.h"
+#include "platform/PlatformFactory.h"
 #include "system/NotificationAuthority.h"
 
 #include <QApplication>
@@ -22,6 +23,7 @@ namespace {
 
 const QString kDiagnosticsOption = QStringLiteral("diagnostics");
 const QString kListAppsOption = QStringLiteral("list-apps");
+const QString kCommandOption = QStringLiteral("command");
 // How long --diagnostics waits for the notification service to say whether it may post.
 constexpr int kStatusWaitMs = 3'000;
 
@@ -47,6 +49,46 @@ void describeApplication() {
     QCoreApplication::setOrganizationDomain(QStringLiteral("pelmark.com"));
 }
 
+QStringList globalCommandNames() {
+    QStringList names;
+    for (const AppCommand command : allCases<AppCommand>()) {
+        if (isGlobalCommand(command)) {
+            names << rawValue(command);
+        }
+    }
+    return names;
+}
+
+// The system-wide command a raw value names; nothing for the others.
+std::optional<AppCommand> globalCommand(const QString& name) {
+    const auto command = fromRawValue<AppCommand>(name);
+    return command && isGlobalCommand(*command) ? command : std::nullopt;
+}
+
+// `vantle --command NAME`: hands the command to the running copy.
+int sendCommand(const QString& name) {
+    if (!globalCommand(name)) {
+        logLine(QStringLiteral("unknown command \"%1\". The commands are: %2.")
+                    .arg(name, globalCommandNames().join(QStringLiteral(", "))));
+        return 2;
+    }
+    const std::unique_ptr<InstanceGuard> guard = makeInstanceGuard();
+    QString error;
+    switch (guard->sendAction(name, &error)) {
+    case InstanceGuard::Delivery::Delivered:
+        return 0;
+    case InstanceGuard::Delivery::NotRunning:
+        logLine(QStringLiteral("Vantle is not running, so nothing can %1%2. Start Vantle first.")
+                    .arg(name, error.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(error)));
+        return 1;
+    case InstanceGuard::Delivery::Failed:
+        logLine(
+            QStringLiteral("the running Vantle did not take the command %1: %2").arg(name, error));
+        return 1;
+    }
+    return 1;
+}
+
 void addOptions(QCommandLineParser& parser) {
     parser.setApplicationDescription(
         QStringLiteral("Quits idle apps, quits everything after the machine sits idle, and runs "
@@ -60,6 +102,12 @@ void addOptions(QCommandLineParser& parser) {
     parser.addOption(QCommandLineOption(
         kListAppsOption,
         QStringLiteral("Print the running applications as Vantle sees them and exit.")));
+    parser.addOption(QCommandLineOption(
+        kCommandOption,
+        QStringLiteral("Ask the running Vantle to run <name>, as its shortcut does: %1. Bind this "
+                       "in your desktop's keyboard settings.")
+            .arg(globalCommandNames().join(QStringLiteral(", "))),
+        QStringLiteral("name")));
 }
 
 void printLine(const QString& text) {
@@ -89,9 +137,13 @@ bool VantleApp::isCommandLineOnly(const QStringList& arguments) {
                                      QStringLiteral("-v"),
                                      QStringLiteral("--version"),
                                      QStringLiteral("--diagnostics"),
-                                     QStringLiteral("--list-apps")};
+                                     QStringLiteral("--list-apps"),
+                                     QStringLiteral("--command")};
     return std::any_of(arguments.cbegin() + (arguments.isEmpty() ? 0 : 1), arguments.cend(),
-                       [](const QString& argument) { return options.contains(argument); });
+                       [](const QString& argument) {
+                           return options.contains(argument) ||
+                                  argument.startsWith(QLatin1String("--command="));
+                       });
 }
 
 int VantleApp::run(int argc, char* argv[]) {
@@ -118,6 +170,9 @@ int VantleApp::runCommandLine() {
     addOptions(parser);
     parser.process(QCoreApplication::arguments()); // answers --help and --version itself
 
+    if (parser.isSet(kCommandOption)) {
+        return sendCommand(parser.value(kCommandOption));
+    }
     if (parser.isSet(kDiagnosticsOption)) {
         const std::unique_ptr<Platform> platform = makePlatform(PlatformUse::Inspection);
         const AppSettings settings(*platform->defaults, *platform->bundle, *platform->clock,
@@ -143,6 +198,11 @@ int VantleApp::runApplication() {
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setDesktopFileName(QStringLiteral(VANTLE_BUNDLE_ID));
 
+    // From the first moment, so a stop request during start-up still ends the process cleanly.
+    TerminationSignals terminationSignals;
+    QObject::connect(&terminationSignals, &TerminationSignals::terminationRequested, qApp,
+                     [](int) { QCoreApplication::quit(); });
+
     const std::unique_ptr<InstanceGuard> guard = makeInstanceGuard();
     if (guard->claim() == InstanceGuard::Claim::AlreadyRunning) {
         return 0;
@@ -150,16 +210,28 @@ int VantleApp::runApplication() {
 
     const std::unique_ptr<Platform> platform = makePlatform(PlatformUse::Application);
     m_appDelegate = std::make_unique<AppDelegate>(*platform);
-    QObject::connect(guard.get(), &InstanceGuard::activationRequested, m_appDelegate.get(),
-                     [] { logLine(QStringLiteral("another launch asked to show Vantle")); });
-
-    TerminationSignals terminationSignals;
-    QObject::connect(&terminationSignals, &TerminationSignals::terminationRequested, qApp,
-                     [](int) { QCoreApplication::quit(); });
+    AppDelegate* delegate = m_appDelegate.get();
+    QObject::connect(guard.get(), &InstanceGuard::activationRequested, delegate, [delegate] {
+        logLine(QStringLiteral("another launch asked to show Vantle"));
+        delegate->showAppList();
+    });
+    // `vantle --command NAME` from a terminal or the desktop's own shortcut settings.
+    QObject::connect(guard.get(), &InstanceGuard::actionRequested, delegate,
+                     [delegate](const QString& name) {
+                         if (const auto command = globalCommand(name)) {
+                             delegate->handleCommand(*command);
+                         } else {
+                             logLine(QStringLiteral("ignored the unknown command \"%1\" sent "
+                                                    "by another launch")
+                                         .arg(name));
+                         }
+                     });
 
     m_appDelegate->applicationDidFinishLaunching();
     const int status = QApplication::exec();
     m_appDelegate.reset();
+    // A save that found the settings lock busy is still queued; it must not go with the process.
+    platform->defaults->flush();
     return status;
 }
 

@@ -6,6 +6,7 @@
 #include "Failure.h"
 #include "PowerEvent.h"
 #include "Process.h"
+#include "Request.h"
 #include "UnitFiles.h"
 
 #include <algorithm>
@@ -25,81 +26,16 @@ namespace {
 constexpr std::string_view usageText =
     "usage: vantle-power [--root DIR] schedule wake|restart|poweron 'MM/dd/yy HH:mm:ss'\n"
     "       vantle-power [--root DIR] schedule cancel wake|restart|poweron 'MM/dd/yy HH:mm:ss'\n"
+    "       vantle-power [--root DIR] apply schedule|cancel EVENT 'DATE' [...]\n"
     "       vantle-power [--root DIR] -g sched\n"
     "       vantle-power [--root DIR] rtc-arm\n"
     "\n"
     "Schedules one-shot wake, restart and power-on events, in local time, as systemd timers.\n"
+    "  apply        several schedules and cancels in one run, in order; a failed cancel\n"
+    "               does not stop the others\n"
     "  -g sched     list the scheduled events\n"
     "  rtc-arm      set the real-time clock to wake for the next power-on (run at shutdown)\n"
     "  --root DIR   act on the files of a system under DIR: no root check, no systemctl\n";
-
-enum class Command { help, schedule, cancel, list, rtcArm };
-
-struct Request {
-    Command command = Command::help;
-    std::optional<fs::path> root;
-    PowerEvent event;
-};
-
-Failure usageError(const std::string& message) {
-    return Failure(exitUsage, message);
-}
-
-// Hostile arguments are echoed back only as printable ASCII, and not at any length.
-std::string printable(std::string_view text) {
-    std::string shown;
-    for (char c : text.substr(0, 40)) {
-        shown += c >= ' ' && c <= '~' ? c : '?';
-    }
-    return shown + (text.size() > 40 ? "..." : "");
-}
-
-PowerEvent parseEvent(std::string_view word, std::string_view date) {
-    const auto kind = parseKind(word);
-    if (!kind) {
-        throw usageError("unknown event '" + printable(word) +
-                         "', expected wake, restart or poweron");
-    }
-    const auto parsed = parseDate(argumentLayout, date);
-    if (!parsed) {
-        throw usageError("invalid date '" + printable(date) +
-                         "', expected MM/dd/yy HH:mm:ss naming a real day in 2000-2099");
-    }
-    return PowerEvent{*kind, *parsed};
-}
-
-Request parseArguments(std::span<char*> argv) {
-    std::vector<std::string_view> args(argv.begin(), argv.end());
-    Request request;
-    if (args.size() >= 2 && args[0] == "--root") {
-        std::error_code error;
-        if (!args[1].starts_with('/') || !fs::is_directory(args[1], error)) {
-            throw usageError("--root needs an absolute path to a folder");
-        }
-        request.root = fs::path(args[1]);
-        args.erase(args.begin(), args.begin() + 2);
-    }
-    if (args.empty()) {
-        throw usageError("missing command");
-    }
-    const std::string_view command = args[0];
-    if (command == "--help" && args.size() == 1) {
-        request.command = Command::help;
-    } else if (command == "-g" && args.size() == 2 && args[1] == "sched") {
-        request.command = Command::list;
-    } else if (command == "rtc-arm" && args.size() == 1) {
-        request.command = Command::rtcArm;
-    } else if (command == "schedule" && args.size() == 3 && args[1] != "cancel") {
-        request.command = Command::schedule;
-        request.event = parseEvent(args[1], args[2]);
-    } else if (command == "schedule" && args.size() == 4 && args[1] == "cancel") {
-        request.command = Command::cancel;
-        request.event = parseEvent(args[2], args[3]);
-    } else {
-        throw usageError("unrecognised arguments");
-    }
-    return request;
-}
 
 void requireRoot(const Request& request) {
     if (!request.root && ::geteuid() != 0) {
@@ -183,6 +119,22 @@ void cancel(EventStore& store, const PowerEvent& event, bool live) {
     runProgram(systemctl, {"daemon-reload"});
 }
 
+// The app's whole change in one run, so it needs one password dialog. Cancels go first in the
+// app's batches; one that finds nothing to cancel is not an error.
+void apply(EventStore& store, const std::vector<Step>& steps, bool live) {
+    for (const Step& step : steps) {
+        if (!step.cancel) {
+            schedule(store, step.event, live);
+            continue;
+        }
+        try {
+            cancel(store, step.event, live);
+        } catch (const Failure& failure) {
+            std::cerr << "vantle-power: " << failure.what() << " (ignored)\n";
+        }
+    }
+}
+
 void run(const Request& request) {
     const bool live = !request.root;
     EventStore store(request.root.value_or("/"));
@@ -211,6 +163,16 @@ void run(const Request& request) {
         requireSystemd(store);
         cancel(store, request.event, live);
         break;
+    case Command::apply:
+        requireRoot(request);
+        requireSystemd(store);
+        if (std::any_of(request.steps.begin(), request.steps.end(), [](const Step& step) {
+                return !step.cancel && step.event.kind == EventKind::poweron;
+            })) {
+            requireWakeAlarm(store);
+        }
+        apply(store, request.steps, live);
+        break;
     }
 }
 
@@ -224,7 +186,8 @@ int main(int argc, char** argv) {
     try {
         // argv[0] may be missing altogether when the caller execs with an empty list.
         const std::span all(argv, static_cast<std::size_t>(std::max(argc, 0)));
-        run(parseArguments(all.subspan(all.empty() ? 0 : 1)));
+        const std::vector<std::string_view> args(all.begin() + (all.empty() ? 0 : 1), all.end());
+        run(parseRequest(args));
         return 0;
     } catch (const Failure& failure) {
         std::cerr << "vantle-power: " << failure.what() << '\n';

@@ -68,6 +68,22 @@ QList<T> decodeList(const DefaultsStore& defaults, const QString& key,
     return {};
 }
 
+// How a value is written to the defaults; nothing when it cannot be.
+template <typename T>
+std::optional<DefaultsValue> storedForm(const T& value) {
+    return DefaultsValue(value);
+}
+std::optional<DefaultsValue> storedForm(const QList<AppRule>& rules) {
+    if (const auto encoded = encodeAppRules(rules)) {
+        return DefaultsValue(*encoded);
+    }
+    logLine(QStringLiteral("rules not saved: a timeout is not a finite number"));
+    return std::nullopt;
+}
+std::optional<DefaultsValue> storedForm(const QList<ShutdownSchedule>& schedules) {
+    return DefaultsValue(encodeShutdownSchedules(schedules));
+}
+
 } // namespace
 
 AppSettings::AppSettings(DefaultsStore& defaults, const BundleInfo& bundle, const Clock& clock,
@@ -142,164 +158,116 @@ void AppSettings::load() {
         d.stringArrayValue(QStringLiteral("pmsetRegistered")).value_or(QStringList{});
     m_disabledShortcutIDs =
         d.stringArrayValue(QStringLiteral("disabledShortcutIDs")).value_or(QStringList{});
+    reportScheduleProblems();
+}
+
+void AppSettings::reportScheduleProblems() {
+    for (const ScheduleProblem& problem : findScheduleProblems(m_shutdownSchedules)) {
+        const QString line =
+            QStringLiteral("schedule %1 is not run: %2; it stays in the settings as written")
+                .arg(describeSchedule(m_shutdownSchedules[problem.index]), problem.reason);
+        if (!m_reportedScheduleProblems.contains(line)) {
+            m_reportedScheduleProblems.insert(line);
+            logLine(line);
+        }
+    }
+}
+
+template <typename T>
+void AppSettings::assign(T& member, const T& value, void (AppSettings::*changed)(),
+                         const QString& key) {
+    if (member == value) {
+        return;
+    }
+    member = value;
+    emit(this->*changed)();
+    if (const std::optional<DefaultsValue> stored = storedForm(member)) {
+        m_defaults.setObject(key, *stored);
+    }
 }
 
 void AppSettings::setAppRules(const QList<AppRule>& value) {
-    if (m_appRules == value) {
-        return;
-    }
-    m_appRules = value;
-    emit appRulesChanged();
-    if (const auto encoded = encodeAppRules(m_appRules)) {
-        m_defaults.setObject(QStringLiteral("appRules"), *encoded);
-    } else {
-        logLine(QStringLiteral("rules not saved: a timeout is not a finite number"));
-    }
+    assign(m_appRules, value, &AppSettings::appRulesChanged, QStringLiteral("appRules"));
 }
 
 void AppSettings::setIdleQuitEnabled(bool value) {
-    if (m_idleQuitEnabled == value) {
-        return;
-    }
-    m_idleQuitEnabled = value;
-    emit idleQuitEnabledChanged();
-    m_defaults.setObject(QStringLiteral("idleQuitEnabled"), m_idleQuitEnabled);
+    assign(m_idleQuitEnabled, value, &AppSettings::idleQuitEnabledChanged,
+           QStringLiteral("idleQuitEnabled"));
 }
 
 void AppSettings::setIdleQuitTimeout(double value) {
-    if (m_idleQuitTimeout == value) {
-        return;
-    }
-    m_idleQuitTimeout = value;
-    emit idleQuitTimeoutChanged();
-    m_defaults.setObject(QStringLiteral("idleQuitTimeout"), m_idleQuitTimeout);
+    assign(m_idleQuitTimeout, value, &AppSettings::idleQuitTimeoutChanged,
+           QStringLiteral("idleQuitTimeout"));
 }
 
 void AppSettings::setShowBackgroundApps(bool value) {
-    if (m_showBackgroundApps == value) {
-        return;
-    }
-    m_showBackgroundApps = value;
-    emit showBackgroundAppsChanged();
-    m_defaults.setObject(QStringLiteral("showBackgroundApps"), m_showBackgroundApps);
+    assign(m_showBackgroundApps, value, &AppSettings::showBackgroundAppsChanged,
+           QStringLiteral("showBackgroundApps"));
 }
 
 void AppSettings::setExcludedBundleIDs(const QStringList& value) {
-    if (m_excludedBundleIDs == value) {
-        return;
-    }
-    m_excludedBundleIDs = value;
-    emit excludedBundleIDsChanged();
-    m_defaults.setObject(QStringLiteral("excludedBundleIDs"), m_excludedBundleIDs);
+    assign(m_excludedBundleIDs, value, &AppSettings::excludedBundleIDsChanged,
+           QStringLiteral("excludedBundleIDs"));
 }
 
 void AppSettings::setProtectMenuBarApps(bool value) {
-    if (m_protectMenuBarApps == value) {
-        return;
-    }
-    m_protectMenuBarApps = value;
-    emit protectMenuBarAppsChanged();
-    m_defaults.setObject(QStringLiteral("protectMenuBarApps"), m_protectMenuBarApps);
+    assign(m_protectMenuBarApps, value, &AppSettings::protectMenuBarAppsChanged,
+           QStringLiteral("protectMenuBarApps"));
 }
 
 void AppSettings::setLaunchAtLogin(bool value) {
-    if (m_launchAtLogin == value) {
-        return;
-    }
-    m_launchAtLogin = value;
-    emit launchAtLoginChanged();
-    m_defaults.setObject(QStringLiteral("launchAtLogin"), m_launchAtLogin);
+    assign(m_launchAtLogin, value, &AppSettings::launchAtLoginChanged,
+           QStringLiteral("launchAtLogin"));
 }
 
 void AppSettings::setShowInDock(bool value) {
-    if (m_showInDock == value) {
-        return;
-    }
-    m_showInDock = value;
-    emit showInDockChanged();
-    m_defaults.setObject(QStringLiteral("showInDock"), m_showInDock);
+    assign(m_showInDock, value, &AppSettings::showInDockChanged, QStringLiteral("showInDock"));
 }
 
 void AppSettings::setDockIconStyle(const QString& value) {
-    if (m_dockIconStyle == value) {
-        return;
-    }
-    m_dockIconStyle = value;
-    emit dockIconStyleChanged();
-    m_defaults.setObject(QStringLiteral("dockIconStyle"), m_dockIconStyle);
+    assign(m_dockIconStyle, value, &AppSettings::dockIconStyleChanged,
+           QStringLiteral("dockIconStyle"));
 }
 
 void AppSettings::setShutdownSchedules(const QList<ShutdownSchedule>& value) {
-    if (m_shutdownSchedules == value) {
-        return;
-    }
-    m_shutdownSchedules = value;
-    emit shutdownSchedulesChanged();
-    m_defaults.setObject(QStringLiteral("shutdownSchedules"),
-                         encodeShutdownSchedules(m_shutdownSchedules));
+    assign(m_shutdownSchedules, value, &AppSettings::shutdownSchedulesChanged,
+           QStringLiteral("shutdownSchedules"));
+    reportScheduleProblems();
 }
 
 void AppSettings::setPmsetAlwaysAllow(bool value) {
-    if (m_pmsetAlwaysAllow == value) {
-        return;
-    }
-    m_pmsetAlwaysAllow = value;
-    emit pmsetAlwaysAllowChanged();
-    m_defaults.setObject(QStringLiteral("pmsetAlwaysAllow"), m_pmsetAlwaysAllow);
+    assign(m_pmsetAlwaysAllow, value, &AppSettings::pmsetAlwaysAllowChanged,
+           QStringLiteral("pmsetAlwaysAllow"));
 }
 
 void AppSettings::setQuitWarningStyle(const QString& value) {
-    if (m_quitWarningStyle == value) {
-        return;
-    }
-    m_quitWarningStyle = value;
-    emit quitWarningStyleChanged();
-    m_defaults.setObject(QStringLiteral("quitWarningStyle"), m_quitWarningStyle);
+    assign(m_quitWarningStyle, value, &AppSettings::quitWarningStyleChanged,
+           QStringLiteral("quitWarningStyle"));
 }
 
 void AppSettings::setQuitWarningSeconds(double value) {
-    if (m_quitWarningSeconds == value) {
-        return;
-    }
-    m_quitWarningSeconds = value;
-    emit quitWarningSecondsChanged();
-    m_defaults.setObject(QStringLiteral("quitWarningSeconds"), m_quitWarningSeconds);
+    assign(m_quitWarningSeconds, value, &AppSettings::quitWarningSecondsChanged,
+           QStringLiteral("quitWarningSeconds"));
 }
 
 void AppSettings::setScheduleWarningStyle(const QString& value) {
-    if (m_scheduleWarningStyle == value) {
-        return;
-    }
-    m_scheduleWarningStyle = value;
-    emit scheduleWarningStyleChanged();
-    m_defaults.setObject(QStringLiteral("scheduleWarningStyle"), m_scheduleWarningStyle);
+    assign(m_scheduleWarningStyle, value, &AppSettings::scheduleWarningStyleChanged,
+           QStringLiteral("scheduleWarningStyle"));
 }
 
 void AppSettings::setScheduleWarningSeconds(double value) {
-    if (m_scheduleWarningSeconds == value) {
-        return;
-    }
-    m_scheduleWarningSeconds = value;
-    emit scheduleWarningSecondsChanged();
-    m_defaults.setObject(QStringLiteral("scheduleWarningSeconds"), m_scheduleWarningSeconds);
+    assign(m_scheduleWarningSeconds, value, &AppSettings::scheduleWarningSecondsChanged,
+           QStringLiteral("scheduleWarningSeconds"));
 }
 
 void AppSettings::setPmsetRegistered(const QStringList& value) {
-    if (m_pmsetRegistered == value) {
-        return;
-    }
-    m_pmsetRegistered = value;
-    emit pmsetRegisteredChanged();
-    m_defaults.setObject(QStringLiteral("pmsetRegistered"), m_pmsetRegistered);
+    assign(m_pmsetRegistered, value, &AppSettings::pmsetRegisteredChanged,
+           QStringLiteral("pmsetRegistered"));
 }
 
 void AppSettings::setDisabledShortcutIDs(const QStringList& value) {
-    if (m_disabledShortcutIDs == value) {
-        return;
-    }
-    m_disabledShortcutIDs = value;
-    emit disabledShortcutIDsChanged();
-    m_defaults.setObject(QStringLiteral("disabledShortcutIDs"), m_disabledShortcutIDs);
+    assign(m_disabledShortcutIDs, value, &AppSettings::disabledShortcutIDsChanged,
+           QStringLiteral("disabledShortcutIDs"));
 }
 
 bool AppSettings::isShortcutEnabled(AppCommand command) const {

@@ -2,10 +2,13 @@
 
 #include "model/AppCommand.h"
 #include "model/AppRule.h"
+#include "model/DockIconStyle.h"
+#include "model/QuitWarningStyle.h"
 #include "model/ShutdownSchedule.h"
 
 #include <QList>
 #include <QObject>
+#include <QSet>
 #include <QStringList>
 #include <array>
 
@@ -101,6 +104,23 @@ public:
     void setPmsetRegistered(const QStringList& value);
     void setDisabledShortcutIDs(const QStringList& value);
 
+    // The stored styles as enumerations, so no consumer parses the text; nothing when the stored
+    // text names none (a hand edit, a later version). The text itself is kept as stored.
+    std::optional<QuitWarningStyle> quitWarningStyleValue() const {
+        return fromRawValue<QuitWarningStyle>(m_quitWarningStyle);
+    }
+    std::optional<QuitWarningStyle> scheduleWarningStyleValue() const {
+        return fromRawValue<QuitWarningStyle>(m_scheduleWarningStyle);
+    }
+    std::optional<DockIconStyle> dockIconStyleValue() const {
+        return fromRawValue<DockIconStyle>(m_dockIconStyle);
+    }
+    void setQuitWarningStyle(QuitWarningStyle style) { setQuitWarningStyle(rawValue(style)); }
+    void setScheduleWarningStyle(QuitWarningStyle style) {
+        setScheduleWarningStyle(rawValue(style));
+    }
+    void setDockIconStyle(DockIconStyle style) { setDockIconStyle(rawValue(style)); }
+
     bool isShortcutEnabled(AppCommand command) const;
     // Disabling appends the command once; enabling removes every copy of it.
     void setShortcut(AppCommand command, bool enabled);
@@ -130,8 +150,13 @@ signals:
     void disabledShortcutIDsChanged();
 
 private:
+    // Every setter: stores `value` under `key` and notifies, unless it equals the current value.
+    template <typename T>
+    void assign(T& member, const T& value, void (AppSettings::*changed)(), const QString& key);
     bool migrateLegacyDefaults();
     void load();
+    // Logs each schedule the services will skip, once per launch.
+    void reportScheduleProblems();
 
     DefaultsStore& m_defaults;
     const BundleInfo& m_bundle;
@@ -156,6 +181,7 @@ private:
     double m_scheduleWarningSeconds{};
     QStringList m_pmsetRegistered{};
     QStringList m_disabledShortcutIDs{};
+    QSet<QString> m_reportedScheduleProblems;
 };
 
 } // namespace vantle

@@ -6,6 +6,7 @@ const ProductTexts& ProductTexts::macOS() {
     static const ProductTexts texts{
         .systemName = QStringLiteral("macOS"),
         .powerSchedulerName = QStringLiteral("pmset"),
+        .schedulerSyncFailed = QStringLiteral("pmset sync failed: "),
         .schedulerPasswordExplanation = QStringLiteral(
             "Vantle is handing your Wake and Power On times to the Mac's built-in power scheduler "
             "(pmset). Only an administrator is allowed to change it, so macOS will ask for your "
@@ -30,6 +31,7 @@ const ProductTexts& ProductTexts::linuxDesktop() {
     static const ProductTexts texts{
         .systemName = QStringLiteral("Linux"),
         .powerSchedulerName = QStringLiteral("vantle-power"),
+        .schedulerSyncFailed = QStringLiteral("vantle-power sync failed: "),
         .schedulerPasswordExplanation = QStringLiteral(
             "Vantle is handing your Wake and Power On times to the system's power scheduler "
             "(systemd timers). Only an administrator is allowed to change it, so Linux will ask "

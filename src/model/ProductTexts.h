@@ -12,6 +12,8 @@ struct ProductTexts {
     QString systemName;
     // The power scheduler the schedules are handed to.
     QString powerSchedulerName;
+    // Heads the log line of a failed power-schedule sync; the error follows.
+    QString schedulerSyncFailed;
     // Shown before the password prompt of a power-schedule change.
     QString schedulerPasswordExplanation;
     // The "always allow" check box's tool tip; %1 is the scheduler's path.

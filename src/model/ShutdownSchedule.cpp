@@ -2,6 +2,8 @@
 
 #include "model/JsonFields.h"
 
+#include <QSet>
+
 namespace vantle {
 
 namespace {
@@ -28,6 +30,56 @@ bool isCanonicalUuid(const QString& text) {
 
 bool ShutdownSchedule::occursOn(const QDate& date) const {
     return days.contains(weekdayOf(date));
+}
+
+std::optional<QString> ShutdownSchedule::problem() const {
+    if (hour < 0 || hour > 23) {
+        return QStringLiteral("its hour is outside 0-23");
+    }
+    if (minute < 0 || minute > 59) {
+        return QStringLiteral("its minute is outside 0-59");
+    }
+    return std::nullopt;
+}
+
+QList<ScheduleProblem> findScheduleProblems(const QList<ShutdownSchedule>& schedules) {
+    QList<ScheduleProblem> problems;
+    QSet<QUuid> seen;
+    for (qsizetype i = 0; i < schedules.size(); ++i) {
+        const ShutdownSchedule& schedule = schedules[i];
+        if (const std::optional<QString> reason = schedule.problem()) {
+            problems.append({i, *reason});
+        } else if (seen.contains(schedule.id)) {
+            problems.append({i, QStringLiteral("its id repeats an earlier schedule's")});
+        }
+        seen.insert(schedule.id);
+    }
+    return problems;
+}
+
+QList<ShutdownSchedule> usableSchedules(const QList<ShutdownSchedule>& schedules) {
+    const QList<ScheduleProblem> problems = findScheduleProblems(schedules);
+    if (problems.isEmpty()) {
+        return schedules;
+    }
+    QList<ShutdownSchedule> usable;
+    qsizetype next = 0;
+    for (qsizetype i = 0; i < schedules.size(); ++i) {
+        if (next < problems.size() && problems[next].index == i) {
+            ++next;
+        } else {
+            usable.append(schedules[i]);
+        }
+    }
+    return usable;
+}
+
+QString describeSchedule(const ShutdownSchedule& schedule) {
+    return QStringLiteral("%1 at %2:%3 (id %4)")
+        .arg(rawValue(schedule.action))
+        .arg(schedule.hour, 2, 10, QLatin1Char('0'))
+        .arg(schedule.minute, 2, 10, QLatin1Char('0'))
+        .arg(schedule.id.toString(QUuid::WithoutBraces).toUpper());
 }
 
 std::optional<ShutdownSchedule::Weekday> ShutdownSchedule::weekdayFromInt(qint64 value) {

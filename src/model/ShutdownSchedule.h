@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QDateTime>
 #include <QList>
+#include <QString>
 #include <QUuid>
 #include <optional>
 #include <set>
@@ -26,6 +27,9 @@ struct ShutdownSchedule {
 
     // Whether `date` falls on one of the schedule's days.
     bool occursOn(const QDate& date) const;
+    // Why a stored record cannot be acted on (a damaged or hand-edited file may hold any hour or
+    // minute); nothing when it can. The record itself keeps what was stored.
+    std::optional<QString> problem() const;
 
     bool operator==(const ShutdownSchedule&) const = default;
 
@@ -48,6 +52,19 @@ struct RawValues<ShutdownSchedule::Action> {
         {ShutdownSchedule::Action::poweron, "Power On"},
     }};
 };
+
+// A schedule the services must not act on, and why.
+struct ScheduleProblem {
+    qsizetype index = 0;
+    QString reason;
+};
+// The unusable schedules of a list, in list order. A repeated id makes every later copy
+// unusable: the services tell schedules apart by id.
+QList<ScheduleProblem> findScheduleProblems(const QList<ShutdownSchedule>& schedules);
+// The schedules without a problem, in list order.
+QList<ShutdownSchedule> usableSchedules(const QList<ShutdownSchedule>& schedules);
+// "Sleep at 99:00 (id …)", naming a schedule in a log line.
+QString describeSchedule(const ShutdownSchedule& schedule);
 
 // The stored form: a JSON array of objects, keys in a fixed order, upper-case UUIDs.
 QByteArray encodeShutdownSchedules(const QList<ShutdownSchedule>& schedules);

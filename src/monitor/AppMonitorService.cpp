@@ -1,5 +1,6 @@
 #include "monitor/AppMonitorService.h"
 
+#include "monitor/QuitExemptions.h"
 #include "platform/Workspace.h"
 
 #include <QCollator>
@@ -137,21 +138,26 @@ void AppMonitorService::finishQuit(quint64 id, const QList<QuitRequest>& request
     }
 }
 
-void AppMonitorService::quitAll(bool force, const QStringList& excludedBundleIDs,
-                                bool protectMenuBarApps) {
-    const QSet<QString> excluded(excludedBundleIDs.cbegin(), excludedBundleIDs.cend());
-    const QList<RunningApplicationRef> apps = m_workspace.runningApplications();
-    for (const RunningApplicationRef& app : apps) {
-        if (!app || app->processIdentifier() == m_selfPid) {
+void AppMonitorService::forceQuit(const QList<AppInfo>& apps) {
+    for (const AppInfo& info : apps) {
+        if (const RunningApplicationRef app = m_workspace.application(info.id)) {
+            app->forceTerminate();
+        }
+    }
+}
+
+QList<RunningApplicationRef> AppMonitorService::quitAll(bool force,
+                                                        const QStringList& excludedBundleIDs,
+                                                        bool protectMenuBarApps) {
+    const QuitExemptions exemptions(excludedBundleIDs, protectMenuBarApps);
+    QList<RunningApplicationRef> asked;
+    for (const RunningApplicationRef& app : m_workspace.runningApplications()) {
+        if (!app || app->processIdentifier() == m_selfPid ||
+            exemptions.spares(app->bundleIdentifier(),
+                              app->activationPolicy() != ActivationPolicy::regular)) {
             continue;
         }
-        if (protectMenuBarApps && app->activationPolicy() != ActivationPolicy::regular) {
-            continue;
-        }
-        if (const std::optional<QString> bundleId = app->bundleIdentifier();
-            bundleId && excluded.contains(*bundleId)) {
-            continue;
-        }
+        asked.append(app);
         if (force) {
             app->forceTerminate();
         } else {
@@ -159,6 +165,7 @@ void AppMonitorService::quitAll(bool force, const QStringList& excludedBundleIDs
         }
     }
     refreshAfterQuit();
+    return asked;
 }
 
 void AppMonitorService::refreshAfterQuit() {

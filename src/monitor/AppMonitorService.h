@@ -39,9 +39,12 @@ public:
     // Asks each app to quit; 10 s later hands `completion` the ones still running (possibly
     // none). The apps are followed by process instance, so a reused pid is not mistaken for one.
     void quit(const QList<AppInfo>& apps, std::function<void(QList<AppInfo>)> completion);
+    // Ends these apps at once; the ones already gone are skipped.
+    void forceQuit(const QList<AppInfo>& apps);
     // Quits (or forces) every other app except the excluded bundles and, when protected, the
-    // menu-bar and faceless ones. Refusals are not reported.
-    void quitAll(bool force, const QStringList& excludedBundleIDs, bool protectMenuBarApps);
+    // menu-bar and faceless ones, and returns the apps it asked. Refusals are not reported.
+    QList<RunningApplicationRef> quitAll(bool force, const QStringList& excludedBundleIDs,
+                                         bool protectMenuBarApps);
     // Refreshes 0.8 s from now, giving quitting apps time to leave the list.
     void refreshAfterQuit();
     // Restarts the idle time of these apps from now.

@@ -3,6 +3,7 @@
 #include "model/AppSettings.h"
 #include "monitor/AppMonitorService.h"
 #include "monitor/IdleMonitorService.h"
+#include "monitor/QuitExemptions.h"
 #include "platform/Workspace.h"
 
 namespace vantle {
@@ -12,6 +13,9 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr Milliseconds kPassInterval = 60s;
+// Rule time-outs count in minutes, so a pass a few seconds early or late changes nothing; the
+// tolerance lets the clock run it in the same wake-up as the idle sample and the schedule tick.
+constexpr Milliseconds kPassTolerance = 5s;
 
 } // namespace
 
@@ -21,7 +25,8 @@ AutoQuitManager::AutoQuitManager(Workspace& workspace, Clock& clock, QObject* pa
     , m_clock(clock) {}
 
 void AutoQuitManager::start() {
-    m_timer = m_clock.repeating(kPassInterval, [this] { evaluate(); });
+    m_timer = m_clock.repeating(
+        kPassInterval, [this] { evaluate(); }, kPassTolerance);
 }
 
 void AutoQuitManager::evaluate() {
@@ -52,20 +57,16 @@ void AutoQuitManager::sweepIdleSession() {
     m_idleQuitFired = true;
 
     // The frontmost app is included: nobody is using it either.
-    const bool protectMenuBarApps = m_settings->protectMenuBarApps();
-    const QStringList excluded = m_settings->excludedBundleIDs();
+    const QuitExemptions exemptions(m_settings->excludedBundleIDs(),
+                                    m_settings->protectMenuBarApps());
     QList<AppInfo> batch;
     for (const AppInfo& app : m_appMonitor->runningApps()) {
-        if (protectMenuBarApps && app.isBackground) {
-            continue;
+        if (!exemptions.spares(app.bundleIdentifier, app.isBackground)) {
+            batch.append(app);
         }
-        if (app.bundleIdentifier && excluded.contains(*app.bundleIdentifier)) {
-            continue;
-        }
-        batch.append(app);
     }
     if (!batch.isEmpty() && onAppsReadyToQuit) {
-        onAppsReadyToQuit(batch);
+        onAppsReadyToQuit(batch, AutoQuitTrigger::idleSweep);
     }
 }
 
@@ -101,7 +102,7 @@ void AutoQuitManager::applyRules() {
         }
     }
     if (!batch.isEmpty() && onAppsReadyToQuit) {
-        onAppsReadyToQuit(batch);
+        onAppsReadyToQuit(batch, AutoQuitTrigger::rule);
     }
 }
 

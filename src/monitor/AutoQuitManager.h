@@ -15,6 +15,9 @@ class AppSettings;
 class IdleMonitorService;
 class Workspace;
 
+// What made a batch due: the whole session sat idle, or each app's own rule ran out.
+enum class AutoQuitTrigger { idleSweep, rule };
+
 // Once a minute decides which applications are due to be hidden or quit: all of them after the
 // whole session has been idle long enough, and each app under a rule after its own time-out.
 // Hiding happens here; quitting is only handed on, so the user is always warned first.
@@ -30,7 +33,7 @@ public:
     void setSettings(AppSettings* settings) { m_settings = settings; }
 
     // Receives each batch due to quit; one pass may deliver two (idle sweep, then rules).
-    std::function<void(const QList<AppInfo>&)> onAppsReadyToQuit;
+    std::function<void(const QList<AppInfo>&, AutoQuitTrigger)> onAppsReadyToQuit;
 
     // One pass a minute, the first a minute from now.
     void start();

@@ -18,7 +18,10 @@ void IdleMonitorService::start(double intervalSeconds) {
     // A non-positive interval would spin; the clock's shortest tick is the floor.
     const double milliseconds = std::isfinite(intervalSeconds) ? intervalSeconds * 1000 : 0;
     const Milliseconds interval(milliseconds >= 1 ? std::llround(milliseconds) : 1);
-    m_monitorTimer = m_clock.repeating(interval, [this] { sample(); });
+    // The idle quit counts in minutes, so a sample a few seconds off changes nothing; the
+    // tolerance lets the clock take it in the same wake-up as the other periodic work.
+    m_monitorTimer = m_clock.repeating(
+        interval, [this] { sample(); }, interval / 6);
 }
 
 void IdleMonitorService::sample() {

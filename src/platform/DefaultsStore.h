@@ -11,8 +11,8 @@ namespace vantle {
 using DefaultsDomain = QMap<QString, DefaultsValue>;
 
 // The per-user settings database of one defaults domain, plus read access to other named domains.
-// Reads come from memory; a write is saved at once. Failures are logged by the implementation and
-// never thrown: a failed save keeps the new value in memory.
+// Reads come from memory; a write is saved at once, or queued when the store is busy. Failures are
+// logged by the implementation and never thrown: a failed save keeps the new value in memory.
 class DefaultsStore {
 public:
     virtual ~DefaultsStore() = default;
@@ -26,6 +26,10 @@ public:
     // The whole of another domain (a legacy one, say), or nothing when it does not exist or
     // cannot be read. Never modifies it.
     virtual std::optional<DefaultsDomain> persistentDomain(const QString& name) const = 0;
+
+    // Writes every change that could not be saved yet (the store was busy), waiting for it if it
+    // must; called once on the way out. Whatever still cannot be written is logged.
+    virtual void flush() = 0;
 
     // Typed reads with the usual defaults conversions.
     bool boolValue(const QString& key) const;

@@ -47,7 +47,8 @@ struct NotificationRequest {
 class NotificationCenter : public QObject {
     Q_OBJECT
 public:
-    // Reported as the action of a click on the notification's body.
+    // Reported as the action of a click on the notification's body. A category that wants such
+    // clicks lists an action with this identifier and a label; without one a click does nothing.
     static inline const QString kDefaultActionIdentifier =
         QStringLiteral("com.apple.UNNotificationDefaultActionIdentifier");
 
@@ -66,6 +67,8 @@ public:
     // Asks the user once for permission to post alerts; `done` gets whether it was granted (an
     // error counts as no).
     virtual void requestAuthorization(std::function<void(bool granted)> done) = 0;
+    // Opens the system's notification settings for this app; false when it could not.
+    virtual bool openSettings() = 0;
 
 signals:
     // The user chose an action (a button, or the body for kDefaultActionIdentifier).

@@ -4,7 +4,9 @@
 #include "platform/BundleInfo.h"
 #include "platform/Clock.h"
 #include "platform/DefaultsStore.h"
+#include "platform/DesktopAppearance.h"
 #include "platform/Executor.h"
+#include "platform/HotKeyRegistrar.h"
 #include "platform/IdleTime.h"
 #include "platform/LoginItem.h"
 #include "platform/NotificationCenter.h"
@@ -13,6 +15,7 @@
 #include "platform/PowerAssertion.h"
 #include "platform/PowerSchedulerTool.h"
 #include "platform/ScriptRunner.h"
+#include "platform/TrayHost.h"
 #include "platform/Workspace.h"
 
 #include <functional>
@@ -38,8 +41,6 @@ struct Platform {
     std::unique_ptr<PanelPlacement> panelPlacement;
     std::unique_ptr<PowerAssertion> powerAssertion;
     std::unique_ptr<PowerActions> powerActions;
-    // Set by the app: whether apps it asked to quit before a restart or shut down still run.
-    std::function<bool()> otherAppsStillRunning;
     // Shell scripts, plain and as the administrator, and the alerts that explain the prompt.
     std::unique_ptr<ScriptRunner> scripts;
     std::unique_ptr<Alerts> alerts;
@@ -48,9 +49,13 @@ struct Platform {
     QString userName;
     // The app and the diagnostics (which report the notification status).
     std::unique_ptr<NotificationCenter> notifications;
-    // Opens the desktop's notification settings; false when it could not.
-    std::function<bool()> openNotificationSettings;
     const ProductTexts* texts = nullptr;
+    // System-wide shortcuts (the app only).
+    std::unique_ptr<HotKeyRegistrar> hotKeys;
+    // The app only: where the tray icon can go, and the desktop's light or dark appearance.
+    // Null where there is no desktop to ask.
+    std::unique_ptr<TrayHost> trayHost;
+    std::unique_ptr<DesktopAppearance> appearance;
 };
 
 } // namespace vantle

@@ -1,5 +1,9 @@
 #pragma once
 
+#include "platform/RunningApplication.h"
+
+#include <QList>
+
 namespace vantle {
 
 // Asks the system to sleep, restart or shut down. Every request is asynchronous: it returns at
@@ -11,9 +15,10 @@ public:
 
     virtual void sleep() = 0;
     // Restart and shut down never destroy unsaved work: when the desktop cannot save or ask on the
-    // user's behalf and applications asked to quit are still running, nothing happens.
-    virtual void restart() = 0;
-    virtual void shutDown() = 0;
+    // user's behalf and any of `askedToQuit` (the apps asked to quit just before) still runs,
+    // nothing happens.
+    virtual void restart(const QList<RunningApplicationRef>& askedToQuit) = 0;
+    virtual void shutDown(const QList<RunningApplicationRef>& askedToQuit) = 0;
 };
 
 } // namespace vantle

@@ -57,9 +57,13 @@ PowerSchedulerTool PowerSchedulerTool::macOS() {
 }
 
 PowerSchedulerTool PowerSchedulerTool::linuxTool(const QString& directory) {
+    // Named after the tool the rule lets through; no earlier rule ever existed on Linux.
     return {.path = directory + QStringLiteral("/vantle-power"),
             .listingMarker = QStringLiteral("by 'vantle'"),
             .adminGroup = QStringLiteral("root"),
+            .ruleFile = QStringLiteral("/etc/sudoers.d/vantle-power"),
+            .olderRuleFile = QString(),
+            .ruleDraftTemplate = QStringLiteral("/tmp/vantle-power.XXXXXX"),
             .ruleNeedsRootOwnedTool = true};
 }
 

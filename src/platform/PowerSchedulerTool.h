@@ -14,8 +14,10 @@ struct PowerSchedulerTool {
     // Group that owns the Always Allow rule file.
     QString adminGroup{};
     QString ruleFile = QStringLiteral("/etc/sudoers.d/vantle-pmset");
-    // Written by an earlier generation of the app; only ever removed.
+    // Written by an earlier generation of the app; only ever removed. Empty where there is none.
     QString olderRuleFile = QStringLiteral("/etc/sudoers.d/ebb-pmset");
+    // mktemp template of the rule's draft, checked by visudo before it is installed.
+    QString ruleDraftTemplate = QStringLiteral("/tmp/vantle-pmset.XXXXXX");
     QString sudo = QStringLiteral("/usr/bin/sudo");
     QString visudo = QStringLiteral("/usr/sbin/visudo");
     // A rule naming a file the user could replace would hand them root without a password, so a

@@ -1,22 +1,46 @@
 #include "platform/SystemClock.h"
 
 #include <QTimer>
+#include <chrono>
 
 namespace vantle {
 
 namespace {
 
+using namespace std::chrono_literals;
+
+// The monotonic clock Qt's timers run on (CLOCK_MONOTONIC), so a grid point here is one there.
+Milliseconds steadyNow() {
+    return std::chrono::duration_cast<Milliseconds>(
+        std::chrono::steady_clock::now().time_since_epoch());
+}
+
 class QtTimerHandle final : public TimerHandle {
 public:
     QtTimerHandle(Milliseconds interval, bool singleShot, std::function<void()> callback,
                   std::optional<Milliseconds> tolerance) {
-        // Coarse timers let the kernel coalesce wake-ups; Qt allows them up to 5% late, which
-        // covers the tolerances the services ask for.
-        m_timer.setTimerType(tolerance ? Qt::CoarseTimer : Qt::PreciseTimer);
-        m_timer.setSingleShot(singleShot);
-        m_timer.setInterval(interval);
-        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, std::move(callback));
-        m_timer.start();
+        if (!tolerance) {
+            m_timer.setTimerType(Qt::PreciseTimer);
+            m_timer.setSingleShot(singleShot);
+            QObject::connect(&m_timer, &QTimer::timeout, &m_timer, std::move(callback));
+            m_timer.start(interval);
+            return;
+        }
+        // The first run lands exactly on the grid point; the runs after it are coarse, which Qt
+        // allows up to 5% late and keeps on whole seconds from 20 s up.
+        m_timer.setTimerType(Qt::PreciseTimer);
+        m_timer.setSingleShot(true);
+        QObject::connect(&m_timer, &QTimer::timeout, &m_timer,
+                         [this, interval, singleShot, callback = std::move(callback)] {
+                             if (!singleShot && m_timer.isSingleShot()) {
+                                 m_timer.setTimerType(Qt::CoarseTimer);
+                                 m_timer.setSingleShot(false);
+                                 m_timer.start(interval);
+                             }
+                             // May destroy this handle: nothing may follow it.
+                             callback();
+                         });
+        m_timer.start(SystemClock::alignedDelay(steadyNow(), interval, *tolerance));
     }
 
 private:
@@ -27,6 +51,18 @@ private:
 
 SystemClock::SystemClock() {
     m_monotonic.start();
+}
+
+Milliseconds SystemClock::alignedDelay(Milliseconds now, Milliseconds interval,
+                                       Milliseconds tolerance) {
+    const Milliseconds grid = std::chrono::duration_cast<std::chrono::seconds>(tolerance);
+    if (grid < 1s || tolerance >= interval) {
+        return interval;
+    }
+    // The latest grid point that is not late; the grid is no coarser than the tolerance, so it
+    // is never more than that early.
+    const Milliseconds due = now + interval;
+    return due / grid * grid - now;
 }
 
 QDateTime SystemClock::now() const {

@@ -62,7 +62,9 @@ QString schedulerDateText(const QDateTime& date) {
     return QLocale::c().toString(date, QStringLiteral("MM/dd/yy HH:mm:ss"));
 }
 
-QList<ShutdownSchedule> schedulerEventList(const QList<ShutdownSchedule>& schedules) {
+QList<ShutdownSchedule> schedulerEventList(const QList<ShutdownSchedule>& stored) {
+    // A schedule out of range never reaches a command; the settings log it once.
+    const QList<ShutdownSchedule> schedules = usableSchedules(stored);
     QList<ShutdownSchedule> events;
     for (const ShutdownSchedule& schedule : schedules) {
         if (schedule.isEnabled && isSchedulerEvent(schedule.action)) {

@@ -1,6 +1,7 @@
 #include "schedule/PmsetSync.h"
 
 #include "model/AppSettings.h"
+#include "model/ProductTexts.h"
 #include "platform/Clock.h"
 #include "platform/DefaultsStore.h"
 #include "platform/Executor.h"
@@ -30,6 +31,7 @@ struct PmsetSync::Work {
     bool alwaysAllow = false;
     QStringList registered;
     PowerSchedulerTool tool;
+    QString failureText;
 };
 
 // What the background part found: either a finished result, or a script that needs the
@@ -65,7 +67,8 @@ void PmsetSync::sync(AppSettings* settings) {
               .adopt = !m_defaults.boolValue(kDidAdoptKey),
               .alwaysAllow = settings->pmsetAlwaysAllow(),
               .registered = settings->pmsetRegistered(),
-              .tool = m_runner.tool()};
+              .tool = m_runner.tool(),
+              .failureText = m_runner.texts().schedulerSyncFailed};
     m_defaults.setObject(kDidAdoptKey, true);
     m_syncInFlight = true;
     runInBackground(
@@ -107,7 +110,7 @@ PmsetSync::Prepared PmsetSync::prepare(const Work& work, ScriptRunner& scripts) 
         }
         const ScriptOutcome outcome = scripts.run(viaSudo.join(kJoin));
         if (!outcome.succeeded()) {
-            logLine(QStringLiteral("pmset sync failed: ") + outcome.description());
+            logLine(work.failureText + outcome.description());
             prepared.finished = Result{.keys = prepared.registered};
         } else {
             // This path is only taken with the rule in place, so nothing is missing.
@@ -136,7 +139,7 @@ PmsetSync::Result PmsetSync::runAsAdministrator(const Prepared& prepared) {
     }
     const ScriptOutcome outcome = m_scripts.runAsAdministrator(body);
     if (!outcome.succeeded()) {
-        logLine(QStringLiteral("pmset sync failed: ") + outcome.description());
+        logLine(m_runner.texts().schedulerSyncFailed + outcome.description());
         return unchanged;
     }
     return {.keys = prepared.desiredKeys,

@@ -4,16 +4,17 @@
 
 namespace vantle {
 
-void performPowerAction(ShutdownSchedule::Action action, PowerActions& actions) {
+void performPowerAction(ShutdownSchedule::Action action, PowerActions& actions,
+                        const QList<RunningApplicationRef>& askedToQuit) {
     switch (action) {
     case ShutdownSchedule::Action::sleep:
         actions.sleep();
         return;
     case ShutdownSchedule::Action::shutdown:
-        actions.shutDown();
+        actions.shutDown(askedToQuit);
         return;
     case ShutdownSchedule::Action::restart:
-        actions.restart();
+        actions.restart(askedToQuit);
         return;
     case ShutdownSchedule::Action::wake:
     case ShutdownSchedule::Action::poweron:

@@ -105,7 +105,7 @@ std::optional<QString> PrivilegedRunner::alwaysAllowInstallScript() const {
         return std::nullopt;
     }
     return QStringList{
-        QStringLiteral("tmp=$(mktemp /tmp/vantle-pmset.XXXXXX)"),
+        QStringLiteral("tmp=$(mktemp %1)").arg(m_tool.ruleDraftTemplate),
         QStringLiteral("printf '%s\\n' '%1 ALL=(ALL) NOPASSWD: %2' > \"$tmp\"")
             .arg(m_userName, m_tool.path),
         QStringLiteral("if %1 -cf \"$tmp\" >/dev/null 2>&1; then install -m 440 -o root -g %2 "
@@ -129,7 +129,11 @@ bool PrivilegedRunner::removeAlwaysAllowRule() {
     if (!confirmPasswordPrompt(m_texts.removeRuleExplanation)) {
         return false;
     }
-    return runPrivileged(QStringLiteral("rm -f %1 %2").arg(m_tool.ruleFile, m_tool.olderRuleFile));
+    QStringList files{m_tool.ruleFile};
+    if (!m_tool.olderRuleFile.isEmpty()) {
+        files.append(m_tool.olderRuleFile);
+    }
+    return runPrivileged(QStringLiteral("rm -f ") + files.join(QLatin1Char(' ')));
 }
 
 void PrivilegedRunner::bringSettingsWindowForward() {

@@ -28,6 +28,7 @@ public:
                      const ProductTexts& texts, QString userName);
 
     const PowerSchedulerTool& tool() const { return m_tool; }
+    const ProductTexts& texts() const { return m_texts; }
 
     // True on success. A cancelled prompt and a failure are logged and give false.
     bool runPrivileged(const QString& script);

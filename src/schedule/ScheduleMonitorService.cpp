@@ -13,13 +13,9 @@ using namespace std::chrono_literals;
 constexpr qint64 kMinutesPerDay = 1440;
 constexpr qint64 kWindowMinutes = 2;
 
+// Only for schedules without a problem(), whose hour and minute are in range.
 qint64 minuteOfDay(const ShutdownSchedule& schedule) {
-    qint64 minutes = 0;
-    if (__builtin_mul_overflow(schedule.hour, qint64(60), &minutes) ||
-        __builtin_add_overflow(minutes, schedule.minute, &minutes)) {
-        qFatal("schedule time out of range");
-    }
-    return minutes;
+    return schedule.hour * 60 + schedule.minute;
 }
 
 qint64 minuteOfDay(const QTime& time) {
@@ -78,7 +74,7 @@ bool ScheduleMonitorService::needsAwake(const QList<ShutdownSchedule>& schedules
     const QDate today = now.date();
     const QDate tomorrow = today.addDays(1);
     for (const ShutdownSchedule& schedule : schedules) {
-        if (!schedule.isEnabled || !holdsAwake(schedule.action)) {
+        if (!schedule.isEnabled || !holdsAwake(schedule.action) || schedule.problem()) {
             continue;
         }
         const qint64 scheduleMinutes = minuteOfDay(schedule);
@@ -96,7 +92,8 @@ void ScheduleMonitorService::check() {
         setHoldingAwake(false);
         return;
     }
-    const QList<ShutdownSchedule> schedules = m_settings->shutdownSchedules();
+    // A schedule out of range or with a repeated id is skipped here; the settings log it once.
+    const QList<ShutdownSchedule> schedules = usableSchedules(m_settings->shutdownSchedules());
     const QDateTime now = m_clock.now();
     setHoldingAwake(needsAwake(schedules, now));
 
@@ -115,7 +112,7 @@ void ScheduleMonitorService::check() {
         m_lastFiredIDs.insert(schedule.id);
         m_firedOccurrences.insert(schedule.id, occurrence);
         if (holdsAwake(schedule.action) && onScheduledAction) {
-            onScheduledAction(schedule.action);
+            onScheduledAction(schedule);
         }
     }
 

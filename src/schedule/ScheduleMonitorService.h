@@ -29,8 +29,8 @@ public:
     // Where the wake, restart and power-on schedules are handed to the system.
     void setPmsetSync(PmsetSync* sync);
 
-    // Called once per due sleep or shut down schedule, in list order.
-    std::function<void(ShutdownSchedule::Action)> onScheduledAction;
+    // Called once per due sleep or shut down schedule, in list order, with the schedule that fired.
+    std::function<void(const ShutdownSchedule&)> onScheduledAction;
 
     // Checks every 30 seconds from now on; the first check is one interval away.
     void start();

@@ -6,29 +6,12 @@
 
 namespace vantle {
 
-namespace {
-NotificationAuthority* g_shared = nullptr;
-}
-
-NotificationAuthority::NotificationAuthority(NotificationCenter& center,
-                                             std::function<bool()> openSettings, QObject* parent)
+NotificationAuthority::NotificationAuthority(NotificationCenter& center, QObject* parent)
     : QObject(parent)
-    , m_center(center)
-    , m_openSettings(std::move(openSettings)) {
-    g_shared = this;
+    , m_center(center) {
     connect(&m_center, &NotificationCenter::authorizationMayHaveChanged, this,
             &NotificationAuthority::refresh);
     refresh();
-}
-
-NotificationAuthority::~NotificationAuthority() {
-    if (g_shared == this) {
-        g_shared = nullptr;
-    }
-}
-
-NotificationAuthority* NotificationAuthority::shared() {
-    return g_shared;
 }
 
 void NotificationAuthority::refresh() {
@@ -47,7 +30,7 @@ bool NotificationAuthority::canPostNotifications() const {
 }
 
 void NotificationAuthority::openNotificationSettings() {
-    if (!m_openSettings || !m_openSettings()) {
+    if (!m_center.openSettings()) {
         logLine(QStringLiteral("could not open the desktop's notification settings"));
     }
 }

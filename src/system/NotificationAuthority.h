@@ -3,7 +3,6 @@
 #include "platform/NotificationCenter.h"
 
 #include <QObject>
-#include <functional>
 
 namespace vantle {
 
@@ -13,13 +12,7 @@ class NotificationAuthority final : public QObject {
     Q_OBJECT
     Q_PROPERTY(vantle::AuthorizationStatus status READ status NOTIFY statusChanged)
 public:
-    // `openSettings` opens the desktop's notification settings; false when it could not.
-    NotificationAuthority(NotificationCenter& center, std::function<bool()> openSettings,
-                          QObject* parent = nullptr);
-    ~NotificationAuthority() override;
-
-    // The instance the application created; null before that and after it is gone.
-    static NotificationAuthority* shared();
+    explicit NotificationAuthority(NotificationCenter& center, QObject* parent = nullptr);
 
     AuthorizationStatus status() const { return m_status; }
     // Re-reads the status from the notification service; the answer arrives later.
@@ -36,7 +29,6 @@ signals:
 
 private:
     NotificationCenter& m_center;
-    std::function<bool()> m_openSettings;
     AuthorizationStatus m_status = AuthorizationStatus::notDetermined;
 };
 

@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 #include "fakes/FakeAlerts.h"
 #include "fakes/FakeBundleInfo.h"
+#include "fakes/FakeHotKeyRegistrar.h"
 #include "fakes/FakeIdleTime.h"
 #include "fakes/FakeLoginItem.h"
 #include "fakes/FakeNotificationCenter.h"
@@ -17,6 +18,7 @@
 #include "monitor/AppMonitorService.h"
 #include "platform/NullPanelPlacement.h"
 #include "platform/Platform.h"
+#include "system/HotKeyService.h"
 
 #include <QTest>
 
@@ -62,7 +64,11 @@ struct FakePlatform {
         platform.alerts = std::move(fakeAlerts);
         platform.schedulerTool = PowerSchedulerTool::linuxTool(QStringLiteral("/opt/vantle"));
         platform.userName = QStringLiteral("ada");
+        auto fakeHotKeys = std::make_unique<FakeHotKeyRegistrar>();
+        hotKeys = fakeHotKeys.get();
+        platform.hotKeys = std::move(fakeHotKeys);
     }
+    FakeHotKeyRegistrar* hotKeys;
     FakeScriptRunner* scripts;
     FakeAlerts* alerts;
     FakePowerActions* power;
@@ -183,12 +189,37 @@ private slots:
         fake.workspace->exit(200);            // the user saved and it quit
         fake.clock().advance(std::chrono::seconds(1));
         QCOMPARE(fake.power->calls, QStringList{QStringLiteral("shutDown")});
+        // The power action is told exactly whom quit-all asked, so it can refuse if they remain.
+        QCOMPARE(fake.power->askedToQuit.size(), 1);
+        QCOMPARE(fake.power->askedToQuit.first()->processIdentifier(), 200);
         fake.clock().advance(std::chrono::seconds(60));
         QCOMPARE(fake.power->calls.size(), 1);
 
         delegate.handleCommand(AppCommand::sleep);
         QCOMPARE(fake.power->calls.last(), QStringLiteral("sleep"));
         QCOMPARE(kept->terminateRequests, 0);
+    }
+
+    // The shortcuts follow the settings at once, and a press runs the same command as the menu.
+    void shortcutsFollowTheSettingsAndDispatchLikeTheMenu() {
+        FakePlatform fake;
+        fake.defaults->values[QStringLiteral("scheduleWarningStyle")] = QStringLiteral("never");
+        fake.defaults->values[QStringLiteral("disabledShortcutIDs")] =
+            QStringList{QStringLiteral("quitAllApps")};
+        fake.hotKeys->held = {HotKeyService::hotKeyId(AppCommand::shutDown)};
+        AppDelegate delegate(fake.platform);
+        QVERIFY(fake.hotKeys->active.empty()); // nothing before launch
+        LogCapture log;
+        delegate.applicationDidFinishLaunching();
+        QCOMPARE(fake.hotKeys->activeIds(), (QList<quint32>{2, 3}));
+        QCOMPARE(delegate.hotKeyService().unavailable(), QList<AppCommand>{AppCommand::shutDown});
+        QCOMPARE(log.count(QStringLiteral("could not claim the Shut Down shortcut")), 1);
+
+        emit fake.hotKeys->pressed(HotKeyService::hotKeyId(AppCommand::sleep));
+        QCOMPARE(fake.power->calls, QStringList{QStringLiteral("sleep")});
+
+        delegate.settings().setShortcut(AppCommand::restart, false);
+        QCOMPARE(fake.hotKeys->activeIds(), QList<quint32>{2});
     }
 
     // The schedule warning's notification buttons reach it although the quit warning receives
@@ -247,6 +278,53 @@ private slots:
         QCOMPARE(fake.scripts->administratorRuns.size(), 4);
         QCOMPARE(delegate.settings().pmsetRegistered().size(), 2);
         QCOMPARE(fake.alerts->shown.size(), 1);
+    }
+
+    // A damaged file starts like any other: the bad schedules (out of range, or repeating an
+    // earlier id) stay in it as written, are logged once each however often the list is read or
+    // assigned, and only the good ones reach the power scheduler or the warning.
+    void launchesWithOutOfRangeSchedulesAndKeepsThem() {
+        FakePlatform fake; // Monday 2026-11-16 09:00
+        fake.alerts->answer = {.button = 0};
+        fake.defaults->values[QStringLiteral("scheduleWarningStyle")] = QStringLiteral("never");
+        const auto entry = [](int n, const char* action, const char* hour, const char* minute) {
+            return QStringLiteral("{\"id\":\"0000000%1-2D3F-4A5B-8C9D-0E1F2A3B4C5D\","
+                                  "\"isEnabled\":true,\"action\":\"%2\",\"days\":[2,3],"
+                                  "\"hour\":%3,\"minute\":%4}")
+                .arg(n)
+                .arg(QLatin1String(action), QLatin1String(hour), QLatin1String(minute));
+        };
+        const QByteArray stored =
+            QStringLiteral("[%1]")
+                .arg(QStringList{entry(1, "Shut Down", "1e18", "0"), entry(2, "Sleep", "9", "-1"),
+                                 entry(3, "Wake", "99", "30"), entry(4, "Sleep", "9", "1"),
+                                 entry(5, "Power On", "7", "30"), entry(5, "Restart", "8", "0")}
+                         .join(QLatin1Char(',')))
+                .toUtf8();
+        fake.defaults->values[QStringLiteral("shutdownSchedules")] = stored;
+        LogCapture log;
+        AppDelegate delegate(fake.platform);
+        delegate.applicationDidFinishLaunching();
+        fake.clock().advance(std::chrono::minutes(3)); // through 09:01 and a resync
+
+        QCOMPARE(fake.defaults->values.value(QStringLiteral("shutdownSchedules")),
+                 DefaultsValue(stored));
+        QCOMPARE(delegate.settings().shutdownSchedules().size(), 6);
+        QCOMPARE(log.count(QStringLiteral("is not run")), 4);
+        QCOMPARE(log.count(QStringLiteral("Restart at 08:00 (id 00000005")), 1);
+        QCOMPARE(fake.scripts->administratorRuns,
+                 QStringList{QStringLiteral(
+                     "/opt/vantle/vantle-power schedule poweron '11/17/26 07:30:00'")});
+        QCOMPARE(fake.power->calls, QStringList{QStringLiteral("sleep")});
+
+        QList<ShutdownSchedule> edited = delegate.settings().shutdownSchedules();
+        edited[3].minute = 2;
+        delegate.settings().setShutdownSchedules(edited);
+        QCOMPARE(log.count(QStringLiteral("is not run")), 4);
+        // What the user wrote survives the next write, bad values included.
+        QCOMPARE(
+            decodeShutdownSchedules(*fake.defaults->dataValue(QStringLiteral("shutdownSchedules"))),
+            edited);
     }
 };
 

@@ -92,6 +92,15 @@ private slots:
         QVERIFY(result.exitCode == 1 && result.err.contains(u"Vantle: no graphical display"_s));
         result = vantle({u"--frobnicate"_s}, true);
         QVERIFY(result.exitCode == 1 && result.err.contains(u"frobnicate"_s));
+        // Only the system-wide commands can be sent; the app-list ones need the open list.
+        for (const QStringList& arguments :
+             {QStringList{u"--command"_s, u"dance"_s}, QStringList{u"--command=focusSearch"_s}}) {
+            result = vantle(arguments);
+            QCOMPARE(result.exitCode, 2);
+            QVERIFY2(result.err.contains(u"The commands are: quitAllApps, sleep, restart, "
+                                         u"shutDown."_s),
+                     qPrintable(result.err));
+        }
     }
 
     // The report's layout is checked in tst_diagnostics; here it shows what the binary would load

@@ -1,6 +1,7 @@
 #include "support/PrivateSessionBus.h"
 
 #include <QDBusConnectionInterface>
+#include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -20,6 +21,7 @@ class TestSingleInstance : public QObject {
 private:
     std::unique_ptr<PrivateSessionBus> m_bus;
     QTemporaryDir m_home;
+    QTemporaryDir m_runtime;
 
     std::unique_ptr<QProcess> start(const QString& busAddress) const {
         auto process = std::make_unique<QProcess>();
@@ -27,14 +29,22 @@ private:
         env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), busAddress);
         env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
         env.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home.path());
+        env.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_runtime.path());
         process->setProcessEnvironment(env);
         process->start(QStringLiteral(VANTLE_BINARY), {});
         return process;
     }
 
+    QByteArray lockHolder() const {
+        QFile lock(m_runtime.filePath(QStringLiteral("com.pelmark.vantle.lock")));
+        return lock.open(QIODevice::ReadOnly) ? lock.readAll().trimmed() : QByteArray();
+    }
+
     bool nameOwned() const {
         return m_bus->connection().interface()->isServiceRegistered(kServiceName);
     }
+    // The process that holds the name; 0 when none does.
+    uint owner() const { return m_bus->connection().interface()->servicePid(kServiceName).value(); }
 
     static void stop(QProcess& process, int signalNumber) {
         ::kill(static_cast<pid_t>(process.processId()), signalNumber);
@@ -79,19 +89,37 @@ private slots:
         QProcess& ended = a->state() == QProcess::NotRunning ? *a : *b;
         QProcess& running = a->state() == QProcess::NotRunning ? *b : *a;
         QCOMPARE(ended.exitCode(), 0);
-        QTest::qWait(300);
+        // The survivor is the copy that holds the name, not one still on its way out.
+        QTRY_COMPARE_WITH_TIMEOUT(owner(), uint(running.processId()), 20'000);
         QCOMPARE(running.state(), QProcess::Running);
         stop(running, SIGINT);
     }
 
-    void runsAloneWhenThereIsNoSessionBus() {
-        auto lonely = start(QStringLiteral("unix:path=/nonexistent/vantle-test-bus"));
-        QString log;
-        QTRY_VERIFY_WITH_TIMEOUT((log += QString::fromUtf8(lonely->readAllStandardError()))
-                                     .contains(QStringLiteral("no D-Bus session bus")),
-                                 20'000);
-        QCOMPARE(lonely->state(), QProcess::Running);
-        stop(*lonely, SIGTERM);
+    // Without a bus the runtime folder's lock keeps to one copy, and the first copy ending
+    // (even killed) frees it for the next.
+    void withoutASessionBusALockKeepsToOneCopy() {
+        const QString noBus = QStringLiteral("unix:path=/nonexistent/vantle-test-bus");
+        for (const int endSignal : {SIGKILL, SIGTERM}) {
+            auto first = start(noBus);
+            // The holder writes its pid once it has the lock.
+            QTRY_COMPARE_WITH_TIMEOUT(lockHolder(), QByteArray::number(first->processId()), 20'000);
+            QVERIFY(QString::fromUtf8(first->readAllStandardError())
+                        .contains(QStringLiteral("no D-Bus session bus")));
+            auto second = start(noBus);
+            QVERIFY(second->waitForFinished(20'000));
+            QCOMPARE(second->exitCode(), 0);
+            QVERIFY(
+                QString::fromUtf8(second->readAllStandardError())
+                    .contains(
+                        QStringLiteral("already running (process %1)").arg(first->processId())));
+            QCOMPARE(first->state(), QProcess::Running);
+            if (endSignal == SIGKILL) {
+                first->kill();
+                QVERIFY(first->waitForFinished(10'000));
+            } else {
+                stop(*first, endSignal);
+            }
+        }
     }
 };
 

@@ -24,6 +24,11 @@ public:
         done(status == AuthorizationStatus::authorized);
     }
 
+    bool openSettings() override {
+        ++settingsOpened;
+        return true;
+    }
+
     // The user picks an action on a delivered notification.
     void respond(const QString& request, const QString& action) {
         emit didReceiveResponse(request, action);
@@ -36,6 +41,7 @@ public:
     QStringList removed;
     int statusReads = 0;
     int authorizationRequests = 0;
+    int settingsOpened = 0;
 };
 
 } // namespace vantle

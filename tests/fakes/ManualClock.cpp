@@ -1,6 +1,7 @@
 #include "fakes/ManualClock.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace vantle {
 
@@ -71,6 +72,33 @@ void ManualClock::advance(Milliseconds duration) {
     }
     m_wallNow = m_wallNow.addMSecs((target - m_monotonicNow).count());
     m_monotonicNow = target;
+}
+
+void ManualClock::jump(Milliseconds gap) {
+    m_wallNow = m_wallNow.addMSecs(gap.count());
+    m_monotonicNow += std::max(gap, Milliseconds(0));
+    // Collected first: a callback may create or cancel timers, which then wait for their turn.
+    std::vector<quint64> overdue;
+    for (const auto& [due, entry] : m_timers) {
+        if (due > m_monotonicNow) {
+            break;
+        }
+        overdue.push_back(entry.id);
+    }
+    for (const quint64 id : overdue) {
+        const auto it = std::find_if(m_timers.begin(), m_timers.end(),
+                                     [id](const auto& entry) { return entry.second.id == id; });
+        if (it == m_timers.end()) {
+            continue; // cancelled by an earlier callback
+        }
+        auto node = m_timers.extract(it);
+        const std::function<void()> callback = node.mapped().callback;
+        if (node.mapped().repeats) {
+            node.key() = m_monotonicNow + std::max(node.mapped().interval, Milliseconds(1));
+            m_timers.insert(std::move(node));
+        }
+        callback();
+    }
 }
 
 std::optional<Milliseconds> ManualClock::nextTimerTolerance() const {

@@ -24,6 +24,11 @@ public:
     void advance(Milliseconds duration);
     // Moves the wall clock only; timers are monotonic and do not fire.
     void setNow(const QDateTime& wallNow) { m_wallNow = wallNow; }
+    // A suspend gap on a clock that counts it: wall and monotonic time both jump by `gap` with
+    // nothing running on the way. Timers that fell due meanwhile then fire once each, in due
+    // order, all seeing the time after the gap; a repeating one does not catch up on the
+    // intervals it slept through.
+    void jump(Milliseconds gap);
 
     std::size_t pendingTimerCount() const { return m_timers.size(); }
     // The tolerance the earliest pending timer was created with.

@@ -12,10 +12,12 @@ public:
     void setObject(const QString& key, const DefaultsValue& value) override;
     void removeObject(const QString& key) override;
     std::optional<DefaultsDomain> persistentDomain(const QString& name) const override;
+    void flush() override { ++flushCount; }
 
     DefaultsDomain values;
     QMap<QString, DefaultsDomain> otherDomains;
     int writeCount = 0;
+    int flushCount = 0;
 };
 
 } // namespace vantle

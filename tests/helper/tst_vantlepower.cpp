@@ -133,6 +133,22 @@ private slots:
         }
     }
 
+    // One run carries the sync's whole change: a cancel that finds nothing is passed over, the
+    // rest happens in order.
+    void applyRunsABatchInOrder() {
+        scheduleAll({{u"wake"_s, u"11/17/98 07:30:00"_s}});
+        const Result batch =
+            power({u"apply"_s, u"cancel"_s, u"restart"_s, u"01/01/98 00:00:00"_s, u"cancel"_s,
+                   u"wake"_s, u"11/17/98 07:30:00"_s, u"schedule"_s, u"poweron"_s,
+                   u"11/18/98 06:00:00"_s, u"schedule"_s, u"wake"_s, u"11/18/98 05:55:00"_s});
+        QCOMPARE(batch.exitCode, 0);
+        QVERIFY2(batch.err.contains(u"no such event: restart"_s), qPrintable(batch.err));
+        QCOMPARE(power({u"-g"_s, u"sched"_s}).out,
+                 header + u" [0]  wake at 11/18/2098 05:55:00 by 'vantle'\n"
+                          u" [1]  poweron at 11/18/2098 06:00:00 by 'vantle'\n"_s);
+        QVERIFY(writtenFiles().filter(u"-wake-20981117"_s).isEmpty());
+    }
+
     void acceptsRealDates_data() {
         QTest::addColumn<QString>("date");
         QTest::addColumn<QString>("listed");
@@ -170,6 +186,13 @@ private slots:
             << QStringList{u"schedule"_s, u"cancel"_s, u"wake"_s, good, u"x"_s};
         QTest::newRow("cancel hostile")
             << QStringList{u"schedule"_s, u"cancel"_s, u"wake"_s, u"$(systemctl halt)"_s};
+        QTest::newRow("apply alone") << QStringList{u"apply"_s};
+        QTest::newRow("apply short") << QStringList{u"apply"_s, u"schedule"_s, u"wake"_s};
+        QTest::newRow("apply unknown change") << QStringList{u"apply"_s, u"add"_s, u"wake"_s, good};
+        // Nothing is written when any change of the batch is bad, however late it comes.
+        QTest::newRow("apply bad second date")
+            << QStringList{u"apply"_s, u"schedule"_s,         u"wake"_s, good, u"schedule"_s,
+                           u"wake"_s,  u"11/17/98 07:30:0;"_s};
         // Most are 17 characters long, so the length alone does not reject them.
         const QList<std::pair<const char*, QString>> dates = {
             {"quote", u"11/17/98 07:30:0'"_s},

@@ -157,6 +157,21 @@ private slots:
         QCOMPARE(make()->property(qPrintable(key)), value);
     }
 
+    // Consumers read the styles typed; text this version does not know stays as it is stored.
+    void typedStyles() {
+        store->values[u"quitWarningStyle"_s] = u"Window"_s;
+        store->values[u"dockIconStyle"_s] = u"dark"_s;
+        const auto s = make();
+        QCOMPARE(s->quitWarningStyleValue(), std::nullopt);
+        QCOMPARE(s->scheduleWarningStyleValue(), QuitWarningStyle::notification);
+        QCOMPARE(s->dockIconStyleValue(), DockIconStyle::dark);
+        QCOMPARE(store->values.value(u"quitWarningStyle"_s), DefaultsValue(u"Window"_s));
+        s->setQuitWarningStyle(QuitWarningStyle::never);
+        s->setDockIconStyle(DockIconStyle::automatic);
+        QCOMPARE(store->values.value(u"quitWarningStyle"_s), DefaultsValue(u"never"_s));
+        QCOMPARE(store->values.value(u"dockIconStyle"_s), DefaultsValue(u"auto"_s));
+    }
+
     void shortcuts() {
         store->values.insert(u"disabledShortcutIDs"_s,
                              QStringList{u"sleep"_s, u"restart"_s, u"sleep"_s, u"x"_s, u"sleep"_s});

@@ -170,7 +170,12 @@ private slots:
         const QList<std::shared_ptr<FakeRunningApplication>> all = workspace->apps;
         const auto monitor = make();
 
-        monitor->quitAll(force, {u"com.a"_s, u"com.b"_s}, protect);
+        QList<qint32> returned;
+        for (const RunningApplicationRef& app :
+             monitor->quitAll(force, {u"com.a"_s, u"com.b"_s}, protect)) {
+            returned << app->processIdentifier();
+        }
+        QCOMPARE(returned, asked);
         QList<qint32> requested;
         for (const auto& app : all) {
             QCOMPARE(force ? app->terminateRequests : app->forceRequests, 0);

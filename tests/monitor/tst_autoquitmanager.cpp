@@ -32,6 +32,7 @@ struct Rig {
     IdleMonitorService idleMonitor{idle, clock};
     AutoQuitManager manager{workspace, clock};
     Batches batches;
+    QList<AutoQuitTrigger> triggers;
 
     // Call once the workspace holds its apps: they are first seen now.
     void wire() {
@@ -39,7 +40,8 @@ struct Rig {
         manager.setAppMonitor(apps.get());
         manager.setIdleMonitor(&idleMonitor);
         manager.setSettings(&settings);
-        manager.onAppsReadyToQuit = [this](const QList<AppInfo>& batch) {
+        manager.onAppsReadyToQuit = [this](const QList<AppInfo>& batch, AutoQuitTrigger trigger) {
+            triggers << trigger;
             QList<qint32> pids;
             for (const AppInfo& app : batch) {
                 pids << app.id;
@@ -167,6 +169,7 @@ private slots:
         r.idleFor(60);
         r.manager.evaluate();
         QCOMPARE(r.batches, Batches({{10, 11, 12, 13}, {11, 12, 10, 11, 12}}));
+        QCOMPARE(r.triggers, QList({AutoQuitTrigger::idleSweep, AutoQuitTrigger::rule}));
     }
 
     void passesComeEveryMinuteWhileTheSourcesLive() {

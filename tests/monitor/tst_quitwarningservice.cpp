@@ -37,7 +37,7 @@ class TestQuitWarningService : public QObject {
 
     struct Rig {
         FakeNotificationCenter center;
-        NotificationAuthority authority{center, [] { return true; }};
+        NotificationAuthority authority{center};
         ManualClock clock;
         MemoryDefaultsStore defaults;
         FakeBundleInfo bundle;
@@ -76,7 +76,7 @@ private slots:
         FakeNotificationCenter fresh;
         fresh.status = AuthorizationStatus::notDetermined;
         fresh.grantOnRequest = false;
-        NotificationAuthority authority(fresh, [] { return true; });
+        NotificationAuthority authority(fresh);
         ManualClock clock;
         QuitWarningService service(fresh, authority, clock,
                                    std::make_unique<FakeCountdownPresenter>());

@@ -18,8 +18,8 @@ using namespace vantle;
 
 namespace {
 
-// Stands in for pkexec: checks it was asked to run /bin/sh -c, records the script, and ends as
-// $FAKE_PKEXEC_EXIT says (running the script when that is 0).
+// Stands in for pkexec: records what it was asked to run (the script of /bin/sh -c, or the whole
+// direct command line), and ends as $FAKE_PKEXEC_EXIT says (running it when that is 0).
 QString writeFakePkexec(const QTemporaryDir& dir) {
     const QString path = dir.filePath(QStringLiteral("pkexec"));
     QFile file(path);
@@ -28,8 +28,12 @@ QString writeFakePkexec(const QTemporaryDir& dir) {
     }
     file.write(
         "#!/bin/sh\n"
-        "[ \"$1\" = /bin/sh ] && [ \"$2\" = -c ] || exit 99\n"
-        "printf '%s' \"$3\" > \"$(dirname \"$0\")/script\"\n"
+        "if [ \"$1\" = /bin/sh ]; then\n"
+        "  [ \"$2\" = -c ] || exit 99\n"
+        "  printf '%s' \"$3\" > \"$(dirname \"$0\")/script\"\n"
+        "else\n"
+        "  printf '%s\\n' \"$@\" > \"$(dirname \"$0\")/direct\"\n"
+        "fi\n"
         "case \"$FAKE_PKEXEC_EXIT\" in\n"
         "  0) exec \"$@\" ;;\n"
         "  126) exit 126 ;;\n"
@@ -105,6 +109,70 @@ private slots:
         QVERIFY(sent.open(QIODevice::ReadOnly));
         QCOMPARE(QString::fromUtf8(sent.readAll()), script);
         QCOMPARE(QFile::exists(dir.filePath(QStringLiteral("out"))), result);
+    }
+
+    // Only the sync's own script, exactly as it writes it, becomes a direct call of the tool.
+    void directPowerToolCalls_data() {
+        QTest::addColumn<QString>("script");
+        QTest::addColumn<QStringList>("call");
+        const QString tool = QStringLiteral("/usr/local/bin/vantle-power");
+        const QString cancel =
+            tool + QStringLiteral(" schedule cancel wake '11/17/26 07:30:00' || true");
+        const QString wake = tool + QStringLiteral(" schedule poweron '11/18/26 06:00:00'");
+        QTest::newRow("cancels then schedules") << cancel + QStringLiteral("; ") + wake
+                                                << QStringList{tool,
+                                                               QStringLiteral("apply"),
+                                                               QStringLiteral("cancel"),
+                                                               QStringLiteral("wake"),
+                                                               QStringLiteral("11/17/26 07:30:00"),
+                                                               QStringLiteral("schedule"),
+                                                               QStringLiteral("poweron"),
+                                                               QStringLiteral("11/18/26 06:00:00")};
+        const QStringList none;
+        QTest::newRow("cancel without || true") << cancel.chopped(8) << none;
+        QTest::newRow("schedule with || true") << wake + QStringLiteral(" || true") << none;
+        QTest::newRow("rule installation first")
+            << QStringLiteral("rm -f \"$tmp\"\n") + wake << none;
+        QTest::newRow("two tools")
+            << QStringLiteral("/tmp/vantle-power schedule wake '11/18/26 06:00:00'; ") + wake
+            << none;
+        QTest::newRow("another program")
+            << QStringLiteral("/usr/bin/pmset schedule wake '11/18/26 06:00:00'") << none;
+        QTest::newRow("a command after it") << wake + QStringLiteral("; reboot") << none;
+        QTest::newRow("quoted path")
+            << QStringLiteral("'/opt/my apps/vantle-power' schedule wake '11/18/26 06:00:00'")
+            << none;
+        QTest::newRow("empty") << QString() << none;
+    }
+    void directPowerToolCalls() {
+        QFETCH(QString, script);
+        QFETCH(QStringList, call);
+        QCOMPARE(directPowerToolCall(script).value_or(QStringList{}), call);
+    }
+
+    // The direct call goes through pkexec with the tool first, so polkit can match its action.
+    void syncScriptRunsTheToolThroughPkexec() {
+        QTemporaryDir dir;
+        const QString pkexec = writeFakePkexec(dir);
+        const QString tool = dir.filePath(QStringLiteral("vantle-power"));
+        QFile file(tool);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("#!/bin/sh\nprintf '%s\\n' \"$@\" > \"$OUT\"\n");
+        file.close();
+        file.setPermissions(file.permissions() | QFileDevice::ExeOwner);
+        qputenv("FAKE_PKEXEC_EXIT", "0");
+        qputenv("OUT", dir.filePath(QStringLiteral("out")).toUtf8());
+
+        ShellScriptRunner runner(pkexec);
+        const ScriptOutcome outcome = runner.runAsAdministrator(
+            tool + QStringLiteral(" schedule restart '11/17/26 07:30:00'"));
+        QVERIFY(outcome.succeeded());
+        QFile direct(dir.filePath(QStringLiteral("direct")));
+        QVERIFY(direct.open(QIODevice::ReadOnly));
+        QCOMPARE(QString::fromUtf8(direct.readAll()),
+                 tool + QStringLiteral("\napply\nschedule\nrestart\n11/17/26 07:30:00\n"));
+        QVERIFY(!QFile::exists(dir.filePath(QStringLiteral("script"))));
+        QVERIFY(QFile::exists(dir.filePath(QStringLiteral("out"))));
     }
 
     // The Qt alert: default Continue, Cancel on Escape, the check box with its tool tip.

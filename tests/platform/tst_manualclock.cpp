@@ -50,6 +50,32 @@ private slots:
         QCOMPARE(count, 3);
         QCOMPARE(clock.pendingTimerCount(), std::size_t(0));
     }
+
+    // A suspend gap fires what fell due once, at the time after the gap, and a repeating timer
+    // carries on one interval from there; a timer a callback cancels does not run.
+    void suspendGapFiresOverdueTimersOnce() {
+        ManualClock clock;
+        const QDateTime start = clock.now();
+        QStringList fired;
+        QList<QDateTime> seenAt;
+        Timer later;
+        Timer every30 = clock.repeating(seconds(30), [&] {
+            fired << QStringLiteral("repeat");
+            seenAt << clock.now();
+            later.reset();
+        });
+        later = clock.singleShot(seconds(50), [&] { fired << QStringLiteral("later"); });
+        Timer beyond = clock.singleShot(seconds(700), [&] { fired << QStringLiteral("beyond"); });
+        clock.jump(seconds(600));
+        QCOMPARE(fired, QStringList({QStringLiteral("repeat")}));
+        QCOMPARE(seenAt, QList<QDateTime>({start.addSecs(600)}));
+        QCOMPARE(clock.monotonicNow(), std::chrono::milliseconds(600'000));
+        clock.advance(seconds(100));
+        QCOMPARE(fired, QStringList({QStringLiteral("repeat"), QStringLiteral("repeat"),
+                                     QStringLiteral("repeat"), QStringLiteral("repeat"),
+                                     QStringLiteral("beyond")}));
+        QCOMPARE(seenAt.at(1), start.addSecs(630));
+    }
 };
 
 QTEST_GUILESS_MAIN(TestManualClock)

@@ -1,8 +1,8 @@
+#include "fakes/FakeWorkspace.h"
 #include "fakes/LogCapture.h"
 #include "platform/linux/LogindPowerActions.h"
 #include "platform/linux/LogindSleepWatcher.h"
 #include "support/DBusMock.h"
-#include "support/PrivateSessionBus.h"
 
 #include <QDBusArgument>
 #include <QDBusConnectionInterface>
@@ -14,8 +14,7 @@
 #include <memory>
 
 using namespace vantle;
-using vantle::testing::mockedCalls;
-using vantle::testing::PrivateSessionBus;
+using vantle::testing::MockedBus;
 
 namespace {
 const QString kLogin1 = QStringLiteral("org.freedesktop.login1");
@@ -35,20 +34,26 @@ public slots:
 } // namespace
 
 // Drives logind (python-dbusmock) on a private bus that stands in for both system and session bus.
+// Counts a D-Bus signal, which can only be connected by slot name.
+class SignalCounter : public QObject {
+    Q_OBJECT
+public slots:
+    void count() { ++seen; }
+
+public:
+    int seen = 0;
+};
+
 class TestLogindPowerActions : public QObject {
     Q_OBJECT
 
 private:
-    std::unique_ptr<PrivateSessionBus> m_bus;
-    std::unique_ptr<QProcess> m_logind;
+    std::unique_ptr<MockedBus> m_bus;
     bool m_appsRunning = false;
 
     void startLogind(const QString& parameters = QStringLiteral("{}")) {
-        m_logind = vantle::testing::startDBusMock(
-            m_bus->address(), QStringLiteral("logind"),
-            {QStringLiteral("--session"), QStringLiteral("-p"), parameters});
-        QTRY_VERIFY_WITH_TIMEOUT(m_bus->connection().interface()->isServiceRegistered(kLogin1),
-                                 20'000);
+        QVERIFY(m_bus->start(QStringLiteral("logind"), kLogin1,
+                             {QStringLiteral("--session"), QStringLiteral("-p"), parameters}));
     }
 
     QDBusMessage mock(const QString& method, const QVariantList& arguments) const {
@@ -61,13 +66,18 @@ private:
 
     // The arguments of every call of `method` logind received.
     QList<QVariantList> calls(const QString& method) const {
-        return mockedCalls(m_bus->connection(), kLogin1, QStringLiteral("/org/freedesktop/login1"),
-                           method);
+        return m_bus->calls(kLogin1, QStringLiteral("/org/freedesktop/login1"), method);
     }
 
     std::unique_ptr<LogindPowerActions> makeActions() {
-        return std::make_unique<LogindPowerActions>(m_bus->connection(), m_bus->connection(),
-                                                    [this] { return m_appsRunning; });
+        return std::make_unique<LogindPowerActions>(m_bus->connection(), m_bus->connection());
+    }
+    // One app was asked to quit; it has gone unless m_appsRunning.
+    QList<RunningApplicationRef> askedToQuit() const {
+        auto app =
+            std::make_shared<FakeRunningApplication>(4242, QStringLiteral("Editor"), std::nullopt);
+        app->terminated = !m_appsRunning;
+        return {app};
     }
 
     void prepareForSleep(bool goingToSleep) {
@@ -79,29 +89,17 @@ private:
 private slots:
     void init() {
         m_appsRunning = false;
-        m_bus = std::make_unique<PrivateSessionBus>();
-        if (!m_bus->isRunning()) {
-            QFAIL(qPrintable(m_bus->error()));
-        }
-        if (!vantle::testing::hasDBusMock()) {
-            QSKIP("python3-dbusmock is not installed for /usr/bin/python3");
-        }
+        m_bus = std::make_unique<MockedBus>();
+        VANTLE_SKIP_WITHOUT(*m_bus);
     }
-    void cleanup() {
-        if (m_logind) {
-            m_logind->terminate();
-            m_logind->waitForFinished(5'000);
-            m_logind.reset();
-        }
-        m_bus.reset();
-    }
+    void cleanup() { m_bus.reset(); }
 
     void withoutSessionManagerLogindActsInteractively() {
         startLogind(QStringLiteral(R"({"CanReboot": "challenge"})"));
         auto actions = makeActions();
         actions->sleep();
-        actions->restart();
-        actions->shutDown();
+        actions->restart(askedToQuit());
+        actions->shutDown(askedToQuit());
         QTRY_COMPARE_WITH_TIMEOUT(calls(QStringLiteral("PowerOff")), QList<QVariantList>({{true}}),
                                   10'000);
         QTRY_COMPARE_WITH_TIMEOUT(calls(QStringLiteral("Reboot")), QList<QVariantList>({{true}}),
@@ -116,8 +114,8 @@ private slots:
         LogCapture log;
         m_appsRunning = true;
         actions->sleep();
-        actions->restart();
-        actions->shutDown();
+        actions->restart(askedToQuit());
+        actions->shutDown(askedToQuit());
         QTRY_COMPARE_WITH_TIMEOUT(log.count(QStringLiteral("still running")), 2, 10'000);
         QTRY_COMPARE_WITH_TIMEOUT(log.count(QStringLiteral("CanSuspend answers \"na\"")), 1,
                                   10'000);
@@ -136,8 +134,8 @@ private slots:
         QVERIFY(gnomeBus.registerService(QStringLiteral("org.gnome.SessionManager")));
         m_appsRunning = true; // the session manager lets them save, so this must not stop it
         auto actions = makeActions();
-        actions->restart();
-        actions->shutDown();
+        actions->restart(askedToQuit());
+        actions->shutDown(askedToQuit());
         QTRY_COMPARE_WITH_TIMEOUT(gnome.calls.size(), 2, 10'000);
         QCOMPARE(gnome.calls.at(0), QStringLiteral("Reboot"));
         QCOMPARE(gnome.calls.at(1), QStringLiteral("Shutdown"));
@@ -150,10 +148,16 @@ private slots:
         startLogind();
         LogindSleepWatcher watcher(m_bus->connection());
         QSignalSpy woke(&watcher, &LogindSleepWatcher::didWake);
+        // Signals arrive in order: once the third is seen, the first two have been handled.
+        SignalCounter counter;
+        QVERIFY(m_bus->connection().connect(kLogin1, QStringLiteral("/org/freedesktop/login1"),
+                                            QStringLiteral("org.freedesktop.login1.Manager"),
+                                            QStringLiteral("PrepareForSleep"), &counter,
+                                            SLOT(count())));
         prepareForSleep(true);
         prepareForSleep(false);
-        QTRY_COMPARE_WITH_TIMEOUT(woke.count(), 1, 10'000);
-        QTest::qWait(200);
+        prepareForSleep(true);
+        QTRY_COMPARE_WITH_TIMEOUT(counter.seen, 3, 10'000);
         QCOMPARE(woke.count(), 1);
     }
 };

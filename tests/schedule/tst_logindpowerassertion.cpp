@@ -1,7 +1,6 @@
 #include "fakes/LogCapture.h"
 #include "platform/linux/LogindPowerAssertion.h"
 #include "support/DBusMock.h"
-#include "support/PrivateSessionBus.h"
 
 #include <QDBusArgument>
 #include <QDBusConnectionInterface>
@@ -11,7 +10,7 @@
 #include <memory>
 
 using namespace vantle;
-using vantle::testing::PrivateSessionBus;
+using vantle::testing::MockedBus;
 
 namespace {
 const QString kLogind = QStringLiteral("org.freedesktop.login1");
@@ -23,8 +22,7 @@ class TestLogindPowerAssertion : public QObject {
     Q_OBJECT
 
 private:
-    std::unique_ptr<PrivateSessionBus> m_bus;
-    std::unique_ptr<QProcess> m_logind;
+    std::unique_ptr<MockedBus> m_bus;
 
     // (what, who, why, mode) of each inhibitor logind lists.
     QList<QStringList> inhibitors() const {
@@ -53,27 +51,13 @@ private:
 
 private slots:
     void init() {
-        m_bus = std::make_unique<PrivateSessionBus>();
-        if (!m_bus->isRunning()) {
-            QSKIP(qPrintable(m_bus->error()));
-        }
-        if (!vantle::testing::hasDBusMock()) {
-            QSKIP("python3-dbusmock is not installed for /usr/bin/python3");
-        }
+        m_bus = std::make_unique<MockedBus>();
+        VANTLE_SKIP_WITHOUT(*m_bus);
     }
-    void cleanup() {
-        if (m_logind) {
-            m_logind->terminate();
-            m_logind->waitForFinished(5'000);
-            m_logind.reset();
-        }
-        m_bus.reset();
-    }
+    void cleanup() { m_bus.reset(); }
 
     void inhibitorIsListedOnlyWhileHeld() {
-        m_logind = vantle::testing::startDBusMock(m_bus->address(), QStringLiteral("logind"));
-        QTRY_VERIFY_WITH_TIMEOUT(m_bus->connection().interface()->isServiceRegistered(kLogind),
-                                 20'000);
+        QVERIFY(m_bus->start(QStringLiteral("logind"), kLogind));
 
         LogCapture log;
         LogindPowerAssertion assertion(m_bus->connection(), m_bus->connection());

@@ -30,24 +30,31 @@ AlertResponse answer(int button, bool checked = false) {
     return {.button = button, .checkBoxChecked = checked};
 }
 
-// Monday 2026-11-16 09:00, macOS command lines, a user the rule can name.
+// Monday 2026-11-16 09:00, macOS command lines (or Linux ones), a user the rule can name.
 template <typename ExecutorType>
 struct Rig {
-    explicit Rig(QList<ShutdownSchedule> schedules = {}) {
+    explicit Rig(QList<ShutdownSchedule> schedules = {}, bool linux = false)
+        : onLinux(linux) {
         settings.setShutdownSchedules(std::move(schedules));
         store.setObject(QStringLiteral("didAdoptPmsetEntries"), true);
     }
     void sync() { pmset.sync(&settings); }
+    const ProductTexts& texts() const {
+        return onLinux ? ProductTexts::linuxDesktop() : ProductTexts::macOS();
+    }
 
+    const bool onLinux;
     ManualClock clock;
     MemoryDefaultsStore store;
     FakeBundleInfo bundle;
-    AppSettings settings{store, bundle, clock, ProductTexts::macOS()};
+    AppSettings settings{store, bundle, clock, texts()};
     ExecutorType executor;
     FakeScriptRunner scripts;
     FakeAlerts alerts;
-    PrivilegedRunner runner{scripts, alerts, PowerSchedulerTool::macOS(), ProductTexts::macOS(),
-                            QStringLiteral("ada")};
+    PrivilegedRunner runner{scripts, alerts,
+                            onLinux ? PowerSchedulerTool::linuxTool(QStringLiteral("/usr/libexec"))
+                                    : PowerSchedulerTool::macOS(),
+                            texts(), QStringLiteral("ada")};
     PmsetSync pmset{clock, executor, scripts, runner, store};
     LogCapture log;
 };
@@ -103,19 +110,25 @@ private slots:
         QTest::addColumn<int>("button");
         QTest::addColumn<ScriptOutcome>("outcome");
         QTest::addColumn<QString>("logged");
-        QTest::newRow("explanation cancelled") << 1 << ScriptOutcome::success() << QString();
+        QTest::addColumn<bool>("onLinux");
+        QTest::newRow("explanation cancelled")
+            << 1 << ScriptOutcome::success() << QString() << false;
         QTest::newRow("password prompt cancelled")
             << 0 << ScriptOutcome::failure(-128, QStringLiteral("User canceled."))
-            << QStringLiteral("Vantle: pmset sync failed: User canceled. (-128)");
+            << QStringLiteral("Vantle: pmset sync failed: User canceled. (-128)") << false;
         QTest::newRow("script failed")
             << 0 << ScriptOutcome::failure(1, std::nullopt)
-            << QStringLiteral("Vantle: pmset sync failed: no message (1)");
+            << QStringLiteral("Vantle: pmset sync failed: no message (1)") << false;
+        QTest::newRow("Linux names its own scheduler")
+            << 0 << ScriptOutcome::failure(127, QStringLiteral("Not authorized"))
+            << QStringLiteral("Vantle: vantle-power sync failed: Not authorized (127)") << true;
     }
     void cancelledOrFailedRunKeepsTheRegisteredEvents() {
         QFETCH(int, button);
         QFETCH(ScriptOutcome, outcome);
         QFETCH(QString, logged);
-        InlineRig rig({schedule(Action::poweron, {Weekday::wednesday}, 6, 0)});
+        QFETCH(bool, onLinux);
+        InlineRig rig({schedule(Action::poweron, {Weekday::wednesday}, 6, 0)}, onLinux);
         rig.settings.setPmsetRegistered({kTuesdayWake});
         rig.alerts.answer = answer(button);
         rig.scripts.administratorOutcome = outcome;

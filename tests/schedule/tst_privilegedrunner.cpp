@@ -152,7 +152,13 @@ private slots:
         QVERIFY(script);
         QVERIFY(
             script->contains(QStringLiteral("'ada ALL=(ALL) NOPASSWD: /usr/bin/true' > \"$tmp\"")));
-        QVERIFY(script->contains(QStringLiteral("-g root \"$tmp\" /etc/sudoers.d/vantle-pmset")));
+        QVERIFY(script->contains(QStringLiteral("-g root \"$tmp\" /etc/sudoers.d/vantle-power")));
+        // Nothing a Linux user sees or finds in the log names the macOS tool.
+        QVERIFY2(!script->contains(QStringLiteral("pmset")), qPrintable(*script));
+        linux.alerts.answer = {.button = 0};
+        QVERIFY(linux.runner.removeAlwaysAllowRule());
+        QCOMPARE(linux.scripts.administratorRuns,
+                 QStringList{QStringLiteral("rm -f /etc/sudoers.d/vantle-power")});
     }
 
     // A rule naming a tool the user could swap would be a passwordless root shell.
@@ -264,8 +270,8 @@ private slots:
         QCOMPARE(argv.mid(0, 6), (QStringList{QStringLiteral("-m"), QStringLiteral("440"),
                                               QStringLiteral("-o"), QStringLiteral("root"),
                                               QStringLiteral("-g"), QStringLiteral("root")}));
-        QCOMPARE(argv[7], kRule);
-        QVERIFY(argv[6].startsWith(QStringLiteral("/tmp/vantle-pmset.")));
+        QCOMPARE(argv[7], QStringLiteral("/etc/sudoers.d/vantle-power"));
+        QVERIFY(argv[6].startsWith(QStringLiteral("/tmp/vantle-power.")));
         QVERIFY2(!QFile::exists(argv[6]), "the temporary file is removed");
         QFile rule(dir.filePath(QStringLiteral("rule")));
         QVERIFY(rule.open(QIODevice::ReadOnly));

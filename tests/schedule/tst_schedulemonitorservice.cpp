@@ -31,7 +31,10 @@ struct Rig {
         : clock(start) {
         settings.setShutdownSchedules(std::move(schedules));
         service.setSettings(&settings);
-        service.onScheduledAction = [this](Action action) { fired.append(action); };
+        service.onScheduledAction = [this](const ShutdownSchedule& due) {
+            fired.append(due.action);
+            firedIDs.append(due.id);
+        };
         service.start();
     }
     ManualClock clock;
@@ -41,11 +44,20 @@ struct Rig {
     FakePowerAssertion assertion;
     ScheduleMonitorService service{clock, assertion};
     QList<Action> fired;
+    QList<QUuid> firedIDs;
 };
 
-// A step is either seconds to advance (QVariant int) or a wall-clock jump (QVariant QDateTime).
+// A step is seconds to advance (int), a wall-clock jump (QDateTime) or a suspend gap (Gap).
 using Steps = QVariantList;
+struct Gap {
+    int seconds = 0;
+};
+QVariant gap(int seconds) {
+    return QVariant::fromValue(Gap{seconds});
+}
 } // namespace
+
+Q_DECLARE_METATYPE(Gap)
 
 class TestScheduleMonitorService : public QObject {
     Q_OBJECT
@@ -77,6 +89,10 @@ private slots:
             << sleep22 << monday(20, 0) << Steps{10, monday(22, 1, 20), 30} << 1;
         QTest::newRow("set forward past the window")
             << sleep22 << monday(21, 59, 0) << Steps{10, monday(22, 2, 0), 300} << 0;
+        QTest::newRow("suspended into the window")
+            << sleep22 << monday(21, 50) << Steps{gap(610), 120} << 1;
+        QTest::newRow("suspended across the whole window")
+            << sleep22 << monday(21, 59, 40) << Steps{gap(600), 300} << 0;
         QTest::newRow("woken a day later, after the window")
             << sleep22 << monday(21, 0) << Steps{10, monday(22, 5).addDays(1), 300} << 0;
         QTest::newRow("set back across midnight")
@@ -104,6 +120,8 @@ private slots:
         for (const QVariant& step : steps) {
             if (step.typeId() == QMetaType::QDateTime) {
                 rig.clock.setNow(step.toDateTime());
+            } else if (step.metaType() == QMetaType::fromType<Gap>()) {
+                rig.clock.jump(std::chrono::seconds(step.value<Gap>().seconds));
             } else {
                 rig.clock.advance(std::chrono::seconds(step.toInt()));
             }
@@ -123,6 +141,7 @@ private slots:
         rig.clock.advance(1s);
         // Both due in one minute, in list order; the wake is only marked.
         QCOMPARE(rig.fired, QList<Action>({Action::sleep, Action::shutdown}));
+        QCOMPARE(rig.firedIDs, QList<QUuid>({first.id, second.id}));
         QCOMPARE(rig.service.lastFiredIDs(), QSet<QUuid>({first.id, second.id, wake.id}));
 
         rig.settings.setShutdownSchedules({first, wake});

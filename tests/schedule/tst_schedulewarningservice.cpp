@@ -20,7 +20,7 @@ class TestScheduleWarningService : public QObject {
 
     struct Rig {
         FakeNotificationCenter center;
-        NotificationAuthority authority{center, [] { return true; }};
+        NotificationAuthority authority{center};
         ManualClock clock;
         MemoryDefaultsStore defaults;
         FakeBundleInfo bundle;

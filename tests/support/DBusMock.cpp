@@ -1,7 +1,9 @@
 #include "support/DBusMock.h"
 
 #include <QDBusArgument>
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QTest>
 
 namespace vantle::testing {
 
@@ -34,6 +36,18 @@ std::unique_ptr<QProcess> startDBusMock(const QString& busAddress, const QString
     return mock;
 }
 
+std::unique_ptr<QProcess> startDBusMockObject(const QString& busAddress, const QString& name,
+                                              const QString& path, const QString& interface) {
+    auto mock = std::make_unique<QProcess>();
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), busAddress);
+    mock->setProcessEnvironment(env);
+    mock->setStandardOutputFile(QProcess::nullDevice());
+    mock->start(kPython, {QStringLiteral("-m"), QStringLiteral("dbusmock"),
+                          QStringLiteral("--session"), name, path, interface});
+    return mock;
+}
+
 QList<QVariantList> mockedCalls(QDBusConnection bus, const QString& service, const QString& path,
                                 const QString& method) {
     QDBusMessage call =
@@ -57,6 +71,33 @@ QList<QVariantList> mockedCalls(QDBusConnection bus, const QString& service, con
     }
     log.endArray();
     return result;
+}
+
+MockedBus::MockedBus() = default;
+
+MockedBus::~MockedBus() {
+    for (const auto& mock : m_mocks) {
+        mock->terminate();
+        mock->waitForFinished(5'000);
+    }
+}
+
+QString MockedBus::unavailable() const {
+    if (!m_bus.isRunning()) {
+        return m_bus.error();
+    }
+    if (!hasDBusMock()) {
+        return QStringLiteral("python3-dbusmock is not installed for /usr/bin/python3");
+    }
+    return {};
+}
+
+bool MockedBus::start(const QString& templateName, const QString& service,
+                      const QStringList& extraArguments) {
+    m_mocks.push_back(startDBusMock(address(), templateName, extraArguments));
+    const QDBusConnection bus = connection();
+    return QTest::qWaitFor([&] { return bus.interface()->isServiceRegistered(service).value(); },
+                           20'000);
 }
 
 } // namespace vantle::testing

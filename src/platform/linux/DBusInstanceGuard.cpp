@@ -27,6 +27,13 @@ public slots:
         emit m_guard->activationRequested();
     }
 
+    void ActivateAction(const QString& actionName, const QVariantList& parameter,
+                        const QVariantMap& platformData) {
+        Q_UNUSED(parameter);
+        Q_UNUSED(platformData);
+        emit m_guard->actionRequested(actionName);
+    }
+
 private:
     InstanceGuard* m_guard;
 };
@@ -71,6 +78,26 @@ InstanceGuard::Claim DBusInstanceGuard::claim() {
                     .arg(reply.errorMessage()));
     }
     return Claim::AlreadyRunning;
+}
+
+InstanceGuard::Delivery DBusInstanceGuard::sendAction(const QString& name, QString* error) {
+    if (!m_bus.isConnected()) {
+        *error = QStringLiteral("no D-Bus session bus (%1)").arg(m_bus.lastError().message());
+        return Delivery::NotRunning;
+    }
+    if (!m_bus.interface()->isServiceRegistered(m_serviceName)) {
+        return Delivery::NotRunning;
+    }
+    QDBusMessage activate = QDBusMessage::createMethodCall(
+        m_serviceName, objectPathFor(m_serviceName), QString::fromLatin1(kApplicationInterface),
+        QStringLiteral("ActivateAction"));
+    activate << name << QVariantList() << QVariantMap();
+    const QDBusMessage reply = m_bus.call(activate, QDBus::Block, 5'000);
+    if (reply.type() == QDBusMessage::ErrorMessage) {
+        *error = reply.errorMessage();
+        return Delivery::Failed;
+    }
+    return Delivery::Delivered;
 }
 
 } // namespace vantle

@@ -1,17 +1,24 @@
 #include "platform/linux/FileDefaultsStore.h"
 
 #include "platform/Log.h"
+#include "platform/linux/FileLock.h"
 
 #include <QDateTime>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QLockFile>
+#include <QRegularExpression>
 #include <QSaveFile>
 #include <QStandardPaths>
 #include <QStringDecoder>
+#include <QThread>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace vantle {
 
@@ -19,6 +26,18 @@ namespace {
 
 const QString kUtf8Key = QStringLiteral("utf8");
 const QString kBase64Key = QStringLiteral("base64");
+
+using namespace std::chrono_literals;
+
+// A rival holds the lock only for one read and write: retry soon, then back off. A folder that
+// cannot be written is retried slowly, in case the user fixes it while the app runs.
+constexpr Milliseconds kFirstRetry = 20ms;
+constexpr Milliseconds kLongestBusyRetry = 1s;
+constexpr Milliseconds kFailedRetry = 30s;
+// Busy for this long is worth a line in the log.
+constexpr Milliseconds kReportBusyAfter = 3s;
+// On the way out the changes are worth a short wait.
+constexpr Milliseconds kFlushPatience = 3s;
 
 bool isValidUtf8(const QByteArray& bytes) {
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
@@ -28,11 +47,19 @@ bool isValidUtf8(const QByteArray& bytes) {
 
 } // namespace
 
-FileDefaultsStore::FileDefaultsStore(QString directory, QString domain, Mode mode)
+FileDefaultsStore::FileDefaultsStore(QString directory, QString domain, Clock& clock, Mode mode)
     : m_directory(std::move(directory))
     , m_domain(std::move(domain))
+    , m_clock(clock)
     , m_mode(mode) {
     load();
+    if (m_mode == Mode::ReadWrite) {
+        removeLeftoverTempFiles();
+    }
+}
+
+FileDefaultsStore::~FileDefaultsStore() {
+    flush();
 }
 
 QString FileDefaultsStore::defaultDirectory() {
@@ -42,6 +69,10 @@ QString FileDefaultsStore::defaultDirectory() {
 
 QString FileDefaultsStore::filePath() const {
     return m_directory + QLatin1Char('/') + m_domain + QStringLiteral(".json");
+}
+
+QString FileDefaultsStore::lockPath() const {
+    return m_directory + QStringLiteral("/.") + m_domain + QStringLiteral(".lock");
 }
 
 QJsonValue FileDefaultsStore::encode(const DefaultsValue& value) {
@@ -178,38 +209,123 @@ std::optional<DefaultsValue> FileDefaultsStore::object(const QString& key) const
     return decode(*it);
 }
 
+void FileDefaultsStore::removeLeftoverTempFiles() {
+    // A save killed before its rename leaves "<file>.XXXXXX" behind. Only a copy holding the lock
+    // may remove them: a live copy's save in progress looks just the same.
+    FileLock lock(lockPath());
+    if (lock.tryLock() != FileLock::Result::Acquired) {
+        return;
+    }
+    const QString fileName = m_domain + QStringLiteral(".json");
+    const QRegularExpression leftover(QRegularExpression::anchoredPattern(
+        QRegularExpression::escape(fileName) + QStringLiteral("\\.[A-Za-z0-9]{6}")));
+    const QStringList candidates =
+        QDir(m_directory).entryList({fileName + QStringLiteral(".*")}, QDir::Files | QDir::Hidden);
+    for (const QString& name : candidates) {
+        if (leftover.match(name).hasMatch()) {
+            QFile::remove(m_directory + QLatin1Char('/') + name);
+        }
+    }
+}
+
 void FileDefaultsStore::setObject(const QString& key, const DefaultsValue& value) {
-    save(key, value);
+    change(key, encode(value));
 }
 
 void FileDefaultsStore::removeObject(const QString& key) {
-    save(key, std::nullopt);
+    change(key, std::nullopt);
 }
 
-void FileDefaultsStore::save(const QString& key, const std::optional<DefaultsValue>& value) {
-    const auto apply = [&](QJsonObject& object) {
-        if (value) {
-            object.insert(key, encode(*value));
-        } else {
-            object.remove(key);
-        }
-    };
-    apply(m_values);
+void FileDefaultsStore::change(const QString& key, const std::optional<QJsonValue>& value) {
+    if (value) {
+        m_values.insert(key, *value);
+    } else {
+        m_values.remove(key);
+    }
     if (m_mode == Mode::ReadOnly) {
         return;
     }
+    m_pending.insert(key, value);
+    // While a retry is due the change simply joins the queue.
+    if (!m_retry) {
+        save();
+    }
+}
 
+void FileDefaultsStore::save() {
+    m_retry.reset();
+    const SaveResult result = writePending();
+    if (result == SaveResult::Saved) {
+        if (m_busyReported) {
+            logLine(QStringLiteral("settings saved to %1 once the lock was free").arg(filePath()));
+        }
+        m_retryDelay = Milliseconds(0);
+        m_busySince.reset();
+        m_busyReported = false;
+        m_saveFailureReported = false;
+        return;
+    }
+    retryLater(result);
+}
+
+void FileDefaultsStore::retryLater(SaveResult result) {
+    if (result == SaveResult::Busy) {
+        const Milliseconds now = m_clock.monotonicNow();
+        if (!m_busySince) {
+            m_busySince = now;
+        }
+        m_retryDelay = m_retryDelay < kFirstRetry ? kFirstRetry
+                                                  : std::min(m_retryDelay * 2, kLongestBusyRetry);
+        if (!m_busyReported && now - *m_busySince >= kReportBusyAfter) {
+            m_busyReported = true;
+            const std::optional<qint64> holder = FileLock(lockPath()).holderPid();
+            logLine(QStringLiteral("settings lock %1 is held by %2; the changes are kept and "
+                                   "saved as soon as it is free")
+                        .arg(lockPath(), holder ? QStringLiteral("process %1").arg(*holder)
+                                                : QStringLiteral("another process")));
+        }
+    } else {
+        m_retryDelay = kFailedRetry;
+    }
+    m_retry = m_clock.singleShot(
+        m_retryDelay, [this] { save(); }, m_retryDelay / 4);
+}
+
+FileDefaultsStore::SaveResult FileDefaultsStore::writePending() {
+    if (m_pending.isEmpty()) {
+        return SaveResult::Saved;
+    }
     if (!QDir().mkpath(m_directory)) {
-        reportSaveFailure(key, QStringLiteral("cannot create %1").arg(m_directory));
-        return;
+        reportSaveFailure(QStringLiteral("cannot create the folder %1").arg(m_directory));
+        return SaveResult::Failed;
     }
-    QLockFile lock(m_directory + QStringLiteral("/.") + m_domain + QStringLiteral(".lock"));
-    lock.setStaleLockTime(10'000);
-    if (!lock.tryLock(5'000)) {
-        reportSaveFailure(key, QStringLiteral("another process holds the settings lock"));
-        return;
+    // Name the real obstacle: without this, a read-only folder looks like a lock never freed.
+    if (::faccessat(AT_FDCWD, QFile::encodeName(m_directory).constData(), W_OK, AT_EACCESS) != 0) {
+        reportSaveFailure(QStringLiteral("the folder %1 is not writable (%2)")
+                              .arg(m_directory, QString::fromLocal8Bit(std::strerror(errno))));
+        return SaveResult::Failed;
+    }
+    FileLock lock(lockPath());
+    switch (lock.tryLock()) {
+    case FileLock::Result::Acquired:
+        break;
+    case FileLock::Result::Busy:
+        return SaveResult::Busy;
+    case FileLock::Result::Failed:
+        reportSaveFailure(QStringLiteral("cannot open the lock file %1 (%2)")
+                              .arg(lockPath(), lock.errorString()));
+        return SaveResult::Failed;
     }
 
+    const auto apply = [this](QJsonObject& object) {
+        for (auto it = m_pending.cbegin(); it != m_pending.cend(); ++it) {
+            if (it.value()) {
+                object.insert(it.key(), *it.value());
+            } else {
+                object.remove(it.key());
+            }
+        }
+    };
     // Start from what is on disk now, so keys another copy wrote since we loaded are kept.
     QJsonObject onDisk;
     QString error;
@@ -222,38 +338,66 @@ void FileDefaultsStore::save(const QString& key, const std::optional<DefaultsVal
     case ReadResult::Corrupt:
         keepAside(error);
         if (m_mode == Mode::ReadOnly) {
-            return;
+            m_pending.clear();
+            return SaveResult::Saved;
         }
         onDisk = m_values;
         break;
     case ReadResult::Unreadable:
-        reportSaveFailure(key, error);
-        return;
+        reportSaveFailure(error);
+        return SaveResult::Failed;
     }
     apply(onDisk);
 
     QSaveFile file(filePath());
     if (!file.open(QIODevice::WriteOnly)) {
-        reportSaveFailure(key, file.errorString());
-        return;
+        reportSaveFailure(file.errorString());
+        return SaveResult::Failed;
     }
     file.write(QJsonDocument(onDisk).toJson(QJsonDocument::Indented));
     if (!file.commit()) {
-        reportSaveFailure(key, file.errorString());
-        return;
+        reportSaveFailure(file.errorString());
+        return SaveResult::Failed;
     }
     m_values = onDisk;
-    m_saveFailureReported = false;
+    m_pending.clear();
+    return SaveResult::Saved;
 }
 
-void FileDefaultsStore::reportSaveFailure(const QString& key, const QString& reason) {
+void FileDefaultsStore::flush() {
+    if (m_pending.isEmpty()) {
+        return;
+    }
+    m_retry.reset();
+    // Quitting is the one time a short wait is fine; the clock's timers no longer run.
+    const QDeadlineTimer patience(kFlushPatience);
+    SaveResult result = writePending();
+    while (result == SaveResult::Busy && !patience.hasExpired()) {
+        QThread::msleep(kFirstRetry.count());
+        result = writePending();
+    }
+    if (result == SaveResult::Busy) {
+        logLine(QStringLiteral("could not save %1 changed setting(s) to %2 before quitting: "
+                               "another process held the lock %3")
+                    .arg(m_pending.size())
+                    .arg(filePath(), lockPath()));
+    } else if (result == SaveResult::Failed) {
+        logLine(QStringLiteral("could not save %1 changed setting(s) to %2 before quitting; see "
+                               "the reason above")
+                    .arg(m_pending.size())
+                    .arg(filePath()));
+    }
+}
+
+void FileDefaultsStore::reportSaveFailure(const QString& reason) {
     // One line per run of failures: a read-only home would otherwise log on every change.
     if (m_saveFailureReported) {
         return;
     }
     m_saveFailureReported = true;
-    logLine(QStringLiteral("could not save setting \"%1\" to %2: %3; it is kept for this session")
-                .arg(key, filePath(), reason));
+    logLine(QStringLiteral("could not save settings to %1: %2; changes are kept for this session "
+                           "and saving is retried")
+                .arg(filePath(), reason));
 }
 
 std::optional<DefaultsDomain> FileDefaultsStore::persistentDomain(const QString& name) const {

@@ -1,6 +1,7 @@
 #include "platform/linux/FreedesktopNotificationCenter.h"
 
 #include "platform/Log.h"
+#include "platform/linux/DesktopNotificationSettings.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -136,14 +137,16 @@ QStringList FreedesktopNotificationCenter::actionsFor(const NotificationRequest&
         for (const NotificationCategory& category : m_categories) {
             if (category.identifier == request.categoryIdentifier) {
                 for (const NotificationAction& action : category.actions) {
-                    actions << action.identifier << action.title;
+                    actions << (action.identifier == kDefaultActionIdentifier ? kDefaultKey
+                                                                              : action.identifier)
+                            << action.title;
                 }
                 break;
             }
         }
     }
-    // Lets a click on the body come back as a response too.
-    actions << kDefaultKey << QString();
+    // No blank "default" for every notification: servers list it as an empty menu entry, and a
+    // click on a notification that declares no default action does nothing anyway.
     return actions;
 }
 
@@ -213,6 +216,10 @@ void FreedesktopNotificationCenter::serverOwnerChanged(const QString& service,
         ++m_epoch;
     }
     emit authorizationMayHaveChanged();
+}
+
+bool FreedesktopNotificationCenter::openSettings() {
+    return openDesktopNotificationSettings();
 }
 
 } // namespace vantle

@@ -26,6 +26,8 @@ public:
     void removeDelivered(const QStringList& requestIdentifiers) override;
     void readAuthorizationStatus(std::function<void(AuthorizationStatus)> done) override;
     void requestAuthorization(std::function<void(bool granted)> done) override;
+    // The desktop's own notification settings (GNOME, KDE, Xfce or the freedesktop portal).
+    bool openSettings() override;
 
 private slots:
     void onActionInvoked(uint id, const QString& actionKey);

@@ -1,41 +1,38 @@
-#include "platform/PlatformFactory.h"
-
 #include "model/ProductTexts.h"
+#include "platform/Log.h"
+#include "platform/NullPanelPlacement.h"
+#include "platform/PlatformFactory.h"
 #include "platform/SystemClock.h"
 #include "platform/ThreadPoolExecutor.h"
-
-#include <QGuiApplication>
-
-#ifdef Q_OS_UNIX
-#include <pwd.h>
-#include <unistd.h>
-#endif
-
-#ifdef Q_OS_LINUX
-#include "platform/NullPanelPlacement.h"
 #include "platform/linux/DBusIdleTime.h"
 #include "platform/linux/DBusInstanceGuard.h"
-#include "platform/linux/DesktopNotificationSettings.h"
 #include "platform/linux/FileDefaultsStore.h"
 #include "platform/linux/FreedesktopNotificationCenter.h"
 #include "platform/linux/LinuxBundleInfo.h"
+#include "platform/linux/LinuxTrayHost.h"
 #include "platform/linux/LogindPowerActions.h"
 #include "platform/linux/LogindPowerAssertion.h"
 #include "platform/linux/LogindSleepWatcher.h"
+#include "platform/linux/PortalAppearance.h"
+#include "platform/linux/PortalHotKeyRegistrar.h"
 #include "platform/linux/QtAlerts.h"
+#include "platform/linux/RuntimeLockInstanceGuard.h"
 #include "platform/linux/ShellScriptRunner.h"
 #include "platform/linux/StatusNotifierTray.h"
 #include "platform/linux/UnsupportedWorkspace.h"
 #include "platform/linux/X11Connection.h"
+#include "platform/linux/X11HotKeyRegistrar.h"
 #include "platform/linux/X11PanelPlacement.h"
 #include "platform/linux/X11Workspace.h"
 #include "platform/linux/XScreenSaverIdleTime.h"
 #include "platform/linux/XdgAutostartLoginItem.h"
-#endif
+
+#include <QDBusError>
+#include <QGuiApplication>
+#include <pwd.h>
+#include <unistd.h>
 
 namespace vantle {
-
-#ifdef Q_OS_LINUX
 
 namespace {
 
@@ -43,7 +40,9 @@ namespace {
 struct LinuxPlatform final : Platform {
     ~LinuxPlatform() override {
         // The facilities hold on to the X connection; let them go first.
+        hotKeys.reset();
         workspace.reset();
+        trayHost.reset();
         idleTime.reset();
         panelPlacement.reset();
     }
@@ -92,6 +91,16 @@ void attachDesktop(LinuxPlatform& platform) {
     }
 }
 
+// Grabs on the X server where there is one of our own; the desktop portal otherwise.
+void attachHotKeys(LinuxPlatform& platform) {
+    if (platform.x11) {
+        platform.hotKeys = std::make_unique<X11HotKeyRegistrar>(*platform.x11);
+        return;
+    }
+    platform.hotKeys = std::make_unique<PortalHotKeyRegistrar>(QDBusConnection::sessionBus(),
+                                                               QStringLiteral(VANTLE_BUNDLE_ID));
+}
+
 } // namespace
 
 std::unique_ptr<Platform> makePlatform(PlatformUse use) {
@@ -101,7 +110,7 @@ std::unique_ptr<Platform> makePlatform(PlatformUse use) {
     platform->bundle = std::make_unique<LinuxBundleInfo>();
     const QString bundleId = platform->bundle->bundleIdentifier().value_or(QString());
     platform->defaults = std::make_unique<FileDefaultsStore>(
-        FileDefaultsStore::defaultDirectory(), bundleId,
+        FileDefaultsStore::defaultDirectory(), bundleId, *platform->clock,
         use == PlatformUse::Application ? FileDefaultsStore::Mode::ReadWrite
                                         : FileDefaultsStore::Mode::ReadOnly);
     platform->loginItem =
@@ -110,7 +119,6 @@ std::unique_ptr<Platform> makePlatform(PlatformUse use) {
     platform->texts = &ProductTexts::linuxDesktop();
     platform->notifications =
         std::make_unique<FreedesktopNotificationCenter>(QDBusConnection::sessionBus());
-    platform->openNotificationSettings = openDesktopNotificationSettings;
     platform->scripts = std::make_unique<ShellScriptRunner>();
     platform->alerts = std::make_unique<QtAlerts>();
     // Shipped beside the app, so the rule and the prompts name the copy that really runs.
@@ -126,24 +134,27 @@ std::unique_ptr<Platform> makePlatform(PlatformUse use) {
         const QDBusConnection system = QDBusConnection::systemBus();
         const QDBusConnection session = QDBusConnection::sessionBus();
         platform->powerAssertion = std::make_unique<LogindPowerAssertion>(system, session);
-        Platform* bundle = platform.get();
-        platform->powerActions = std::make_unique<LogindPowerActions>(system, session, [bundle] {
-            return bundle->otherAppsStillRunning && bundle->otherAppsStillRunning();
-        });
+        platform->powerActions = std::make_unique<LogindPowerActions>(system, session);
+        platform->trayHost = std::make_unique<LinuxTrayHost>(session, platform->x11.get());
+        platform->appearance = std::make_unique<PortalAppearance>(session);
         platform->sleepWatcher = std::make_unique<LogindSleepWatcher>(system);
         QObject::connect(platform->sleepWatcher.get(), &LogindSleepWatcher::didWake,
                          platform->workspace.get(), &Workspace::didWake);
+        attachHotKeys(*platform);
     }
     return platform;
 }
 
 std::unique_ptr<InstanceGuard> makeInstanceGuard() {
-    return std::make_unique<DBusInstanceGuard>(QDBusConnection::sessionBus(),
-                                               QStringLiteral(VANTLE_BUNDLE_ID));
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected()) {
+        logLine(QStringLiteral("no D-Bus session bus (%1); a lock in the runtime folder keeps "
+                               "to one running copy")
+                    .arg(bus.lastError().message()));
+        return std::make_unique<RuntimeLockInstanceGuard>(
+            RuntimeLockInstanceGuard::defaultPath(QStringLiteral(VANTLE_BUNDLE_ID)));
+    }
+    return std::make_unique<DBusInstanceGuard>(bus, QStringLiteral(VANTLE_BUNDLE_ID));
 }
-
-#else
-#error "Vantle has no platform backend for this operating system yet"
-#endif
 
 } // namespace vantle

@@ -4,6 +4,7 @@
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
+#include <algorithm>
 #include <optional>
 
 namespace vantle {
@@ -56,57 +57,61 @@ std::optional<QDBusMessage> sessionManagerRequest(const QStringList& names, bool
 }
 } // namespace
 
-LogindPowerActions::LogindPowerActions(QDBusConnection systemBus, QDBusConnection sessionBus,
-                                       std::function<bool()> otherAppsStillRunning)
+LogindPowerActions::LogindPowerActions(QDBusConnection systemBus, QDBusConnection sessionBus)
     : m_systemBus(std::move(systemBus))
-    , m_sessionBus(std::move(sessionBus))
-    , m_otherAppsStillRunning(std::move(otherAppsStillRunning)) {}
+    , m_sessionBus(std::move(sessionBus)) {}
 
 void LogindPowerActions::sleep() {
     viaLogind(QStringLiteral("CanSuspend"), QStringLiteral("Suspend"));
 }
 
-void LogindPowerActions::restart() {
-    end(Ending::restart);
+void LogindPowerActions::restart(const QList<RunningApplicationRef>& askedToQuit) {
+    end(Ending::restart, askedToQuit);
 }
 
-void LogindPowerActions::shutDown() {
-    end(Ending::shutDown);
+void LogindPowerActions::shutDown(const QList<RunningApplicationRef>& askedToQuit) {
+    end(Ending::shutDown, askedToQuit);
 }
 
-void LogindPowerActions::end(Ending ending) {
+void LogindPowerActions::end(Ending ending, const QList<RunningApplicationRef>& askedToQuit) {
     const QDBusMessage listNames =
         request(QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
                 QStringLiteral("org.freedesktop.DBus"), QStringLiteral("ListNames"));
-    send(m_sessionBus, listNames, kQueryTimeoutMs, [this, ending](const QDBusMessage& reply) {
-        const bool restart = ending == Ending::restart;
-        const QString what = restart ? QStringLiteral("restart") : QStringLiteral("shut down");
-        // Without an answer, carry on as if no session manager ran: the app check still guards.
-        const QStringList names = reply.type() == QDBusMessage::ReplyMessage
-                                      ? reply.arguments().value(0).toStringList()
-                                      : QStringList();
-        if (const auto sessionRequest = sessionManagerRequest(names, restart)) {
-            send(m_sessionBus, *sessionRequest, kActionTimeoutMs,
-                 [what, service = sessionRequest->service()](const QDBusMessage& answer) {
-                     if (answer.type() == QDBusMessage::ErrorMessage) {
-                         logLine(QStringLiteral("%1 refused to %2: %3")
-                                     .arg(service, what, answer.errorMessage()));
-                     }
-                 });
-            return;
-        }
-        if (m_otherAppsStillRunning && m_otherAppsStillRunning()) {
-            logLine(QStringLiteral("did not %1: no session manager runs to save work, and apps "
-                                   "asked to quit are still running")
-                        .arg(what));
-            return;
-        }
-        if (restart) {
-            viaLogind(QStringLiteral("CanReboot"), QStringLiteral("Reboot"));
-        } else {
-            viaLogind(QStringLiteral("CanPowerOff"), QStringLiteral("PowerOff"));
-        }
-    });
+    send(m_sessionBus, listNames, kQueryTimeoutMs,
+         [this, ending, askedToQuit](const QDBusMessage& reply) {
+             const bool restart = ending == Ending::restart;
+             const QString what = restart ? QStringLiteral("restart") : QStringLiteral("shut down");
+             // Without an answer, carry on as if no session manager ran: the app check still
+             // guards.
+             const QStringList names = reply.type() == QDBusMessage::ReplyMessage
+                                           ? reply.arguments().value(0).toStringList()
+                                           : QStringList();
+             if (const auto sessionRequest = sessionManagerRequest(names, restart)) {
+                 send(m_sessionBus, *sessionRequest, kActionTimeoutMs,
+                      [what, service = sessionRequest->service()](const QDBusMessage& answer) {
+                          if (answer.type() == QDBusMessage::ErrorMessage) {
+                              logLine(QStringLiteral("%1 refused to %2: %3")
+                                          .arg(service, what, answer.errorMessage()));
+                          }
+                      });
+                 return;
+             }
+             // Checked only now: the apps had until the session bus answered to go.
+             if (std::any_of(
+                     askedToQuit.cbegin(), askedToQuit.cend(),
+                     [](const RunningApplicationRef& app) { return !app->isTerminated(); })) {
+                 logLine(
+                     QStringLiteral("did not %1: no session manager runs to save work, and apps "
+                                    "asked to quit are still running")
+                         .arg(what));
+                 return;
+             }
+             if (restart) {
+                 viaLogind(QStringLiteral("CanReboot"), QStringLiteral("Reboot"));
+             } else {
+                 viaLogind(QStringLiteral("CanPowerOff"), QStringLiteral("PowerOff"));
+             }
+         });
 }
 
 void LogindPowerActions::viaLogind(const QString& canMethod, const QString& method) {

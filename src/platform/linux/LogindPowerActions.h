@@ -15,20 +15,17 @@ namespace vantle {
 // when no app asked to quit is still running.
 class LogindPowerActions final : public PowerActions {
 public:
-    // `otherAppsStillRunning` tells whether apps asked to quit before a restart or shut down
-    // have not quit yet.
-    LogindPowerActions(QDBusConnection systemBus, QDBusConnection sessionBus,
-                       std::function<bool()> otherAppsStillRunning);
+    LogindPowerActions(QDBusConnection systemBus, QDBusConnection sessionBus);
 
     void sleep() override;
-    void restart() override;
-    void shutDown() override;
+    void restart(const QList<RunningApplicationRef>& askedToQuit) override;
+    void shutDown(const QList<RunningApplicationRef>& askedToQuit) override;
 
 private:
     enum class Ending { restart, shutDown };
     using ReplyHandler = std::function<void(const QDBusMessage& reply)>;
 
-    void end(Ending ending);
+    void end(Ending ending, const QList<RunningApplicationRef>& askedToQuit);
     // Asks logind `canMethod` first and calls `method` only on "yes" or "challenge".
     void viaLogind(const QString& canMethod, const QString& method);
     void send(QDBusConnection& bus, const QDBusMessage& message, int timeoutMs,
@@ -36,7 +33,6 @@ private:
 
     QDBusConnection m_systemBus;
     QDBusConnection m_sessionBus;
-    std::function<bool()> m_otherAppsStillRunning;
     // Parent of the pending calls; destroyed first, so no reply outlives this object.
     QObject m_calls;
 };

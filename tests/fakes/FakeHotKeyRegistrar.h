@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/HotKeyRegistrar.h"
+
+#include <QSet>
+#include <map>
+
+namespace vantle {
+
+// Grants every combination except the ids in `held` (taken by "another program").
+struct FakeHotKeyRegistrar final : HotKeyRegistrar {
+    QSet<quint32> held;
+    // Live registrations by reference.
+    std::map<Reference, Request> active;
+    QList<Reference> released;
+    int commits = 0;
+    Reference nextReference = 100;
+
+    std::optional<Reference> registerHotKey(const Request& request) override {
+        if (held.contains(request.id)) {
+            return std::nullopt;
+        }
+        active.emplace(nextReference, request);
+        return nextReference++;
+    }
+    void unregisterHotKey(Reference reference) override {
+        active.erase(reference);
+        released.append(reference);
+    }
+    void commit() override { ++commits; }
+
+    QList<quint32> activeIds() const {
+        QList<quint32> ids;
+        for (const auto& [reference, request] : active) {
+            ids.append(request.id);
+        }
+        return ids;
+    }
+};
+
+} // namespace vantle

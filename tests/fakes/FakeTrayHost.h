@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/TrayHost.h"
+
+namespace vantle {
+
+// A tray that tests switch on and off.
+class FakeTrayHost final : public TrayHost {
+    Q_OBJECT
+public:
+    bool isAvailable() const override { return available; }
+    bool hasStatusNotifierHost() const override { return statusNotifier; }
+
+    void setAvailable(bool value) {
+        if (value != available) {
+            available = value;
+            emit availabilityChanged(value);
+        }
+    }
+
+    bool available = false;
+    bool statusNotifier = false;
+};
+
+} // namespace vantle
