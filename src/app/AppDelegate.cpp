@@ -2,7 +2,6 @@
 
 #include "model/AppSettings.h"
 #include "monitor/AppMonitorService.h"
-#include "monitor/AutoQuitCountdownWindow.h"
 #include "monitor/AutoQuitManager.h"
 #include "monitor/IdleMonitorService.h"
 #include "monitor/QuitWarningService.h"
@@ -11,7 +10,6 @@
 #include "schedule/PmsetSync.h"
 #include "schedule/PowerActionPerformer.h"
 #include "schedule/PrivilegedRunner.h"
-#include "schedule/ScheduleCountdownWindow.h"
 #include "schedule/ScheduleMonitorService.h"
 #include "schedule/ScheduleWarningService.h"
 #include "system/HotKeyService.h"
@@ -19,6 +17,7 @@
 #include "system/Uninstaller.h"
 #include "system/UpdateService.h"
 #include "ui/AppearancePalette.h"
+#include "ui/countdown/CountdownWindow.h"
 #include "ui/settings/SettingsWindowManager.h"
 #include "ui/status/StatusBarController.h"
 
@@ -51,12 +50,12 @@ AppDelegate::AppDelegate(Platform& platform, QObject* parent)
     , m_autoQuit(new AutoQuitManager(*platform.workspace, *platform.clock, this))
     , m_scheduleMonitor(new ScheduleMonitorService(*platform.clock, *platform.powerAssertion, this))
     , m_notificationAuthority(new NotificationAuthority(*platform.notifications, this))
-    , m_quitWarning(new QuitWarningService(
-          *platform.notifications, *m_notificationAuthority, *platform.clock,
-          std::make_unique<AutoQuitCountdownWindow>(*platform.panelPlacement), this))
+    , m_quitWarning(
+          new QuitWarningService(*platform.notifications, *m_notificationAuthority, *platform.clock,
+                                 std::make_unique<CountdownWindow>(*platform.panelPlacement), this))
     , m_scheduleWarning(new ScheduleWarningService(
           *platform.notifications, *m_notificationAuthority, *platform.clock,
-          std::make_unique<ScheduleCountdownWindow>(*platform.panelPlacement), this))
+          std::make_unique<CountdownWindow>(*platform.panelPlacement), this))
     , m_privilegedRunner(std::make_unique<PrivilegedRunner>(*platform.scripts, *platform.alerts,
                                                             platform.schedulerTool, *platform.texts,
                                                             platform.userName))

@@ -1,11 +1,11 @@
 #include "monitor/QuitWarningService.h"
 
 #include "model/AppSettings.h"
-#include "model/QuitWarningStyle.h"
-#include "system/WarningSeconds.h"
-#include "monitor/CountdownPresenter.h"
 #include "platform/NotificationCenter.h"
+#include "system/CountdownPresenter.h"
 #include "system/NotificationAuthority.h"
+#include "system/WarningSeconds.h"
+#include "system/WarningStyle.h"
 
 #include <QSet>
 
@@ -65,23 +65,13 @@ void QuitWarningService::requestAuthorizationIfNeeded() {
     });
 }
 
-QuitWarningService::Style QuitWarningService::style() const {
-    // An unknown stored style warns by notification, the safe choice.
-    const auto stored =
-        m_settings ? fromRawValue<QuitWarningStyle>(m_settings->quitWarningStyle()) : std::nullopt;
-    switch (stored.value_or(QuitWarningStyle::notification)) {
-    case QuitWarningStyle::window:
-        return Style::window;
-    case QuitWarningStyle::never:
-        return Style::never;
-    case QuitWarningStyle::notification:
-        break;
-    }
-    return Style::notification;
+QuitWarningStyle QuitWarningService::style() const {
+    return resolveWarningStyle(
+        m_settings ? std::optional(m_settings->quitWarningStyle()) : std::nullopt, m_authority);
 }
 
 void QuitWarningService::present(const QList<AppInfo>& apps) {
-    if (style() == Style::never) {
+    if (style() == QuitWarningStyle::never) {
         if (onQuit) {
             onQuit(apps);
         }
@@ -112,7 +102,7 @@ void QuitWarningService::present(const QList<AppInfo>& apps) {
 }
 
 void QuitWarningService::showWarning() {
-    if (style() == Style::notification && m_authority.canPostNotifications()) {
+    if (style() == QuitWarningStyle::notification) {
         postWarning();
         m_presenting = Presenting::notification;
         return;
@@ -122,18 +112,11 @@ void QuitWarningService::showWarning() {
         return;
     }
     QPointer<QuitWarningService> self(this);
-    m_windowPresenter->show(
-        m_state,
-        [self] {
-            if (self) {
-                self->finish(true);
-            }
-        },
-        [self] {
-            if (self) {
-                self->finish(false);
-            }
-        });
+    m_windowPresenter->show(m_state, [self](bool quit) {
+        if (self) {
+            self->finish(quit);
+        }
+    });
     m_presenting = Presenting::window;
 }
 
@@ -189,8 +172,8 @@ void QuitWarningService::handleResponse(const QString& requestIdentifier,
 }
 
 void QuitWarningService::reportRefused(const QList<AppInfo>& apps) {
-    if (apps.isEmpty() || !m_authority.canPostNotifications() ||
-        (m_settings && style() != Style::notification)) {
+    // No window stands in for this one: it is only worth a notification.
+    if (apps.isEmpty() || style() != QuitWarningStyle::notification) {
         return;
     }
     const bool one = apps.size() == 1;

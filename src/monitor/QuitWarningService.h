@@ -2,6 +2,7 @@
 
 #include "model/AppInfo.h"
 #include "model/AppSettings.h"
+#include "model/QuitWarningStyle.h"
 #include "monitor/QuitWarningState.h"
 #include "platform/Clock.h"
 
@@ -60,8 +61,7 @@ public:
     Presenting presenting() const { return m_presenting; }
 
 private:
-    enum class Style { notification, window, never };
-    Style style() const;
+    QuitWarningStyle style() const;
     void showWarning();
     void postWarning();
     void tick();

@@ -1,38 +1,28 @@
 #pragma once
 
 #include "model/AppInfo.h"
+#include "system/CountdownState.h"
 
 #include <QList>
-#include <QObject>
 
 namespace vantle {
 
 // The pending auto-quit batch and its countdown, observed by the countdown panel.
-class QuitWarningState final : public QObject {
+class QuitWarningState final : public CountdownState {
     Q_OBJECT
-    Q_PROPERTY(int secondsLeft READ secondsLeft NOTIFY secondsLeftChanged)
-    Q_PROPERTY(QList<vantle::AppInfo> apps READ apps NOTIFY appsChanged)
+    Q_PROPERTY(QList<vantle::AppInfo> apps READ apps NOTIFY contentChanged)
 public:
-    using QObject::QObject;
+    using CountdownState::CountdownState;
 
-    int secondsLeft() const { return m_secondsLeft; }
     const QList<AppInfo>& apps() const { return m_apps; }
-
-    void setSecondsLeft(int seconds) {
-        m_secondsLeft = seconds;
-        emit secondsLeftChanged();
-    }
     void setApps(QList<AppInfo> apps) {
         m_apps = std::move(apps);
-        emit appsChanged();
+        emit contentChanged();
     }
 
-signals:
-    void secondsLeftChanged();
-    void appsChanged();
+    CountdownContent content() const override;
 
 private:
-    int m_secondsLeft = 0;
     QList<AppInfo> m_apps;
 };
 

@@ -1,18 +1,19 @@
 #include "schedule/ScheduleWarningService.h"
 
-#include "model/QuitWarningStyle.h"
-#include "system/WarningSeconds.h"
 #include "platform/NotificationCenter.h"
-#include "schedule/ScheduleCountdownPresenter.h"
+#include "system/CountdownPresenter.h"
 #include "system/NotificationAuthority.h"
+#include "system/WarningSeconds.h"
+#include "system/WarningStyle.h"
 
 namespace vantle {
 
 using namespace std::chrono_literals;
 
-ScheduleWarningService::ScheduleWarningService(
-    NotificationCenter& notifications, NotificationAuthority& authority, Clock& clock,
-    std::unique_ptr<ScheduleCountdownPresenter> presenter, QObject* parent)
+ScheduleWarningService::ScheduleWarningService(NotificationCenter& notifications,
+                                               NotificationAuthority& authority, Clock& clock,
+                                               std::unique_ptr<CountdownPresenter> presenter,
+                                               QObject* parent)
     : QObject(parent)
     , m_notifications(notifications)
     , m_authority(authority)
@@ -35,28 +36,13 @@ void ScheduleWarningService::registerCategory() {
     });
 }
 
-ScheduleWarningService::Style ScheduleWarningService::style() const {
-    // An unknown stored style warns by notification, the safe choice.
-    const auto stored = m_settings
-                            ? fromRawValue<QuitWarningStyle>(m_settings->scheduleWarningStyle())
-                            : std::nullopt;
-    switch (stored.value_or(QuitWarningStyle::notification)) {
-    case QuitWarningStyle::window:
-        return Style::window;
-    case QuitWarningStyle::never:
-        return Style::never;
-    case QuitWarningStyle::notification:
-        break;
-    }
-    return Style::notification;
-}
-
-bool ScheduleWarningService::notifies() const {
-    return style() == Style::notification && m_authority.canPostNotifications();
+QuitWarningStyle ScheduleWarningService::style() const {
+    return resolveWarningStyle(
+        m_settings ? std::optional(m_settings->scheduleWarningStyle()) : std::nullopt, m_authority);
 }
 
 void ScheduleWarningService::warn(ShutdownSchedule::Action action) {
-    if (m_settings && style() == Style::never) {
+    if (style() == QuitWarningStyle::never) {
         if (onProceed) {
             onProceed(action);
         }
@@ -70,23 +56,16 @@ void ScheduleWarningService::warn(ShutdownSchedule::Action action) {
     m_state.setAction(action);
     m_state.setSecondsLeft(m_settings ? wholeWarningSeconds(m_settings->scheduleWarningSeconds())
                                       : kDefaultWarningSeconds);
-    if (notifies()) {
+    if (style() == QuitWarningStyle::notification) {
         postWarning();
     } else {
         // The window style, or notifications are not allowed: the panel follows the state itself.
         QPointer<ScheduleWarningService> self(this);
-        m_windowPresenter->show(
-            m_state,
-            [self] {
-                if (self) {
-                    self->finish(true);
-                }
-            },
-            [self] {
-                if (self) {
-                    self->finish(false);
-                }
-            });
+        m_windowPresenter->show(m_state, [self](bool proceed) {
+            if (self) {
+                self->finish(proceed);
+            }
+        });
     }
     m_timer = m_clock.repeating(1s, [this] { tick(); });
 }
@@ -105,7 +84,7 @@ void ScheduleWarningService::tick() {
     const int left = m_state.secondsLeft() - 1;
     m_state.setSecondsLeft(left);
     // A shown notification cannot count by itself: refresh it every ten seconds, then each second.
-    if ((left % 10 == 0 || left <= 5) && notifies()) {
+    if ((left % 10 == 0 || left <= 5) && style() == QuitWarningStyle::notification) {
         postWarning();
     }
     if (left < 1) {

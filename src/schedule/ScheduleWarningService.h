@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/AppSettings.h"
+#include "model/QuitWarningStyle.h"
 #include "model/ShutdownSchedule.h"
 #include "platform/Clock.h"
 #include "schedule/ScheduleWarningState.h"
@@ -15,7 +16,7 @@ namespace vantle {
 
 class NotificationAuthority;
 class NotificationCenter;
-class ScheduleCountdownPresenter;
+class CountdownPresenter;
 
 // Stands between a scheduled power action and the action itself: announces it in the chosen
 // style (a notification, the countdown panel, or not at all), counts down, then carries it out or
@@ -29,7 +30,7 @@ public:
     static inline const QString kWarningRequest = QStringLiteral("Vantle.schedule.warning");
 
     ScheduleWarningService(NotificationCenter& notifications, NotificationAuthority& authority,
-                           Clock& clock, std::unique_ptr<ScheduleCountdownPresenter> presenter,
+                           Clock& clock, std::unique_ptr<CountdownPresenter> presenter,
                            QObject* parent = nullptr);
     ~ScheduleWarningService() override;
 
@@ -50,9 +51,7 @@ public:
     bool isWarning() const { return m_pending.has_value(); }
 
 private:
-    enum class Style { notification, window, never };
-    Style style() const;
-    bool notifies() const;
+    QuitWarningStyle style() const;
     void postWarning();
     void tick();
 
@@ -61,7 +60,7 @@ private:
     Clock& m_clock;
     QPointer<AppSettings> m_settings;
     ScheduleWarningState m_state;
-    std::unique_ptr<ScheduleCountdownPresenter> m_windowPresenter;
+    std::unique_ptr<CountdownPresenter> m_windowPresenter;
     Timer m_timer;
     Timer m_registerTask;
     std::optional<ShutdownSchedule::Action> m_pending;

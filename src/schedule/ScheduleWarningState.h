@@ -1,53 +1,29 @@
 #pragma once
 
 #include "model/ShutdownSchedule.h"
-
-#include <QObject>
+#include "system/CountdownState.h"
 
 namespace vantle {
 
 // The scheduled action under warning and its countdown, observed by the countdown panel.
-class ScheduleWarningState final : public QObject {
+class ScheduleWarningState final : public CountdownState {
     Q_OBJECT
-    Q_PROPERTY(int secondsLeft READ secondsLeft NOTIFY secondsLeftChanged)
-    Q_PROPERTY(vantle::ShutdownSchedule::Action action READ action NOTIFY actionChanged)
+    Q_PROPERTY(vantle::ShutdownSchedule::Action action READ action NOTIFY contentChanged)
 public:
-    using QObject::QObject;
+    using CountdownState::CountdownState;
 
-    int secondsLeft() const { return m_secondsLeft; }
     ShutdownSchedule::Action action() const { return m_action; }
-
-    // The heading of both the notification and the panel.
-    static QString title(ShutdownSchedule::Action action) {
-        switch (action) {
-        case ShutdownSchedule::Action::sleep:
-            return QStringLiteral("Going to Sleep");
-        case ShutdownSchedule::Action::shutdown:
-            return QStringLiteral("Shutting Down");
-        case ShutdownSchedule::Action::restart:
-            return QStringLiteral("Restarting");
-        case ShutdownSchedule::Action::wake:
-        case ShutdownSchedule::Action::poweron:
-            break;
-        }
-        return QStringLiteral("Waking");
-    }
-
-    void setSecondsLeft(int seconds) {
-        m_secondsLeft = seconds;
-        emit secondsLeftChanged();
-    }
     void setAction(ShutdownSchedule::Action action) {
         m_action = action;
-        emit actionChanged();
+        emit contentChanged();
     }
 
-signals:
-    void secondsLeftChanged();
-    void actionChanged();
+    // The heading of both the notification and the panel.
+    static QString title(ShutdownSchedule::Action action);
+
+    CountdownContent content() const override;
 
 private:
-    int m_secondsLeft = 0;
     ShutdownSchedule::Action m_action = ShutdownSchedule::Action::shutdown;
 };
 

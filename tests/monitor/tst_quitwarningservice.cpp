@@ -1,10 +1,10 @@
 #include "fakes/FakeBundleInfo.h"
+#include "fakes/FakeCountdownPresenter.h"
 #include "fakes/FakeNotificationCenter.h"
 #include "fakes/ManualClock.h"
 #include "fakes/MemoryDefaultsStore.h"
 #include "model/AppSettings.h"
 #include "model/ProductTexts.h"
-#include "monitor/CountdownPresenter.h"
 #include "monitor/QuitWarningService.h"
 #include "system/NotificationAuthority.h"
 
@@ -14,25 +14,6 @@ using namespace vantle;
 using std::chrono::seconds;
 
 namespace {
-
-struct FakePresenter final : CountdownPresenter {
-    void show(QuitWarningState&, std::function<void()> quitNow,
-              std::function<void()> cancel) override {
-        ++shows;
-        if (!open) {
-            open = true;
-            onQuitNow = std::move(quitNow);
-            onCancel = std::move(cancel);
-        }
-    }
-    void close() override { open = false; }
-    bool isOpen() const override { return open; }
-
-    bool open = false;
-    int shows = 0;
-    std::function<void()> onQuitNow;
-    std::function<void()> onCancel;
-};
 
 AppInfo app(qint32 pid, const QString& name) {
     AppInfo info;
@@ -61,7 +42,7 @@ class TestQuitWarningService : public QObject {
         MemoryDefaultsStore defaults;
         FakeBundleInfo bundle;
         AppSettings settings{defaults, bundle, clock, ProductTexts::macOS()};
-        FakePresenter* presenter = new FakePresenter;
+        FakeCountdownPresenter* presenter = new FakeCountdownPresenter;
         QuitWarningService service{center, authority, clock,
                                    std::unique_ptr<CountdownPresenter>(presenter)};
         QList<QList<qint32>> quits;
@@ -97,7 +78,8 @@ private slots:
         fresh.grantOnRequest = false;
         NotificationAuthority authority(fresh);
         ManualClock clock;
-        QuitWarningService service(fresh, authority, clock, std::make_unique<FakePresenter>());
+        QuitWarningService service(fresh, authority, clock,
+                                   std::make_unique<FakeCountdownPresenter>());
         service.registerCategory();
         QCOMPARE(fresh.authorizationRequests, 0); // not before the event loop turns
         clock.advance(seconds(0));
@@ -221,11 +203,11 @@ private slots:
         QCOMPARE(rig.service.presenting(), QuitWarningService::Presenting::window);
         QCOMPARE(pids(rig.service.state().apps()), (QList<qint32>{1, 2}));
 
-        rig.presenter->onCancel();
+        rig.presenter->cancel();
         QCOMPARE(rig.cancels, (QList<QList<qint32>>{{1, 2}}));
         QVERIFY(!rig.presenter->open);
         rig.service.present({app(3, QStringLiteral("C"))});
-        rig.presenter->onQuitNow();
+        rig.presenter->confirm();
         QCOMPARE(rig.quits, (QList<QList<qint32>>{{3}}));
     }
 

@@ -1,10 +1,10 @@
 #include "fakes/FakeBundleInfo.h"
+#include "fakes/FakeCountdownPresenter.h"
 #include "fakes/FakeNotificationCenter.h"
 #include "fakes/ManualClock.h"
 #include "fakes/MemoryDefaultsStore.h"
 #include "model/AppSettings.h"
 #include "model/ProductTexts.h"
-#include "schedule/ScheduleCountdownPresenter.h"
 #include "schedule/ScheduleWarningService.h"
 #include "system/NotificationAuthority.h"
 
@@ -14,27 +14,6 @@ using namespace vantle;
 using namespace Qt::StringLiterals;
 using std::chrono::seconds;
 using Action = ShutdownSchedule::Action;
-
-namespace {
-
-struct FakePresenter final : ScheduleCountdownPresenter {
-    void show(ScheduleWarningState&, std::function<void()> proceed,
-              std::function<void()> cancel) override {
-        ++shows;
-        open = true;
-        onProceed = std::move(proceed);
-        onCancel = std::move(cancel);
-    }
-    void close() override { open = false; }
-    bool isOpen() const override { return open; }
-
-    bool open = false;
-    int shows = 0;
-    std::function<void()> onProceed;
-    std::function<void()> onCancel;
-};
-
-} // namespace
 
 class TestScheduleWarningService : public QObject {
     Q_OBJECT
@@ -46,9 +25,9 @@ class TestScheduleWarningService : public QObject {
         MemoryDefaultsStore defaults;
         FakeBundleInfo bundle;
         AppSettings settings{defaults, bundle, clock, ProductTexts::macOS()};
-        FakePresenter* presenter = new FakePresenter;
+        FakeCountdownPresenter* presenter = new FakeCountdownPresenter;
         ScheduleWarningService service{center, authority, clock,
-                                       std::unique_ptr<ScheduleCountdownPresenter>(presenter)};
+                                       std::unique_ptr<CountdownPresenter>(presenter)};
         QList<Action> proceeded;
         // Whether the panel was already gone when the action ran.
         QList<bool> panelClosedFirst;
@@ -193,12 +172,12 @@ private slots:
         rig.settings.setScheduleWarningSeconds(10);
         rig.service.warn(Action::shutdown);
         QVERIFY(rig.presenter->open);
-        rig.presenter->onCancel();
+        rig.presenter->cancel();
         QVERIFY(!rig.presenter->open);
         QVERIFY(!rig.service.isWarning());
 
         rig.service.warn(Action::sleep);
-        rig.presenter->onProceed();
+        rig.presenter->confirm();
         rig.service.warn(Action::restart);
         rig.clock.advance(seconds(9));
         QCOMPARE(rig.service.state().secondsLeft(), 1);

@@ -1,9 +1,8 @@
+#include "fakes/FakeCountdownPresenter.h"
 #include "fakes/LogCapture.h"
 #include "fakes/ManualClock.h"
-#include "monitor/CountdownPresenter.h"
 #include "monitor/QuitWarningService.h"
 #include "platform/linux/FreedesktopNotificationCenter.h"
-#include "schedule/ScheduleCountdownPresenter.h"
 #include "schedule/ScheduleWarningService.h"
 #include "support/DBusMock.h"
 #include "support/PrivateSessionBus.h"
@@ -25,20 +24,6 @@ using vantle::testing::PrivateSessionBus;
 namespace {
 const QString kService = QStringLiteral("org.freedesktop.Notifications");
 const QString kQuitNow = QStringLiteral("Vantle.autoQuit.quitNow");
-struct CountingPresenter final : CountdownPresenter {
-    void show(QuitWarningState&, std::function<void()>, std::function<void()>) override {
-        open = true;
-    }
-    void close() override { open = false; }
-    bool isOpen() const override { return open; }
-    bool open = false;
-};
-
-struct ClosedSchedulePanel final : ScheduleCountdownPresenter {
-    void show(ScheduleWarningState&, std::function<void()>, std::function<void()>) override {}
-    void close() override {}
-    bool isOpen() const override { return false; }
-};
 
 AppInfo app(qint32 pid, const QString& name) {
     AppInfo info;
@@ -198,9 +183,9 @@ private slots:
         ManualClock clock;
         // Registered as the app does at start-up.
         QuitWarningService quitWarning(center, authority, clock,
-                                       std::make_unique<CountingPresenter>());
+                                       std::make_unique<FakeCountdownPresenter>());
         ScheduleWarningService scheduleWarning(center, authority, clock,
-                                               std::make_unique<ClosedSchedulePanel>());
+                                               std::make_unique<FakeCountdownPresenter>());
         quitWarning.registerCategory();
         scheduleWarning.registerCategory();
         clock.advance(std::chrono::seconds(0));
@@ -266,7 +251,7 @@ private slots:
         FreedesktopNotificationCenter center(m_bus->connection());
         NotificationAuthority authority(center);
         ManualClock clock;
-        auto* presenter = new CountingPresenter;
+        auto* presenter = new FakeCountdownPresenter;
         QuitWarningService service(center, authority, clock,
                                    std::unique_ptr<CountdownPresenter>(presenter));
         QList<qint32> quit;

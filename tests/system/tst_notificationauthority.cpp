@@ -1,6 +1,6 @@
 #include "fakes/FakeNotificationCenter.h"
 #include "system/NotificationAuthority.h"
-#include "ui/NotificationDeniedNotice.h"
+#include "ui/settings/NotificationDeniedNotice.h"
 
 #include <QPushButton>
 #include <QTest>

@@ -6,7 +6,8 @@ namespace vantle {
 
 class X11Connection;
 
-// Asks an EWMH window manager to keep the panel sticky and above, and not to focus it at map.
+// Asks an EWMH window manager to keep the panel sticky and above, out of the taskbar, without
+// minimise and maximise, and not to focus it at map.
 class X11PanelPlacement final : public PanelPlacement {
 public:
     explicit X11PanelPlacement(X11Connection& connection);

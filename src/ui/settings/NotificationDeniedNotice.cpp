@@ -1,6 +1,7 @@
-#include "ui/NotificationDeniedNotice.h"
+#include "ui/settings/NotificationDeniedNotice.h"
 
 #include "system/NotificationAuthority.h"
+#include "ui/SymbolTint.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -12,20 +13,14 @@
 namespace vantle {
 
 namespace {
-const QColor kOrange(255, 149, 0);
-
 // A symbolic theme icon has its mark cut out, so it can be tinted; a full-colour one would turn
 // into a plain blob, so the style's own warning icon (already a warning colour) is used as is.
 QPixmap warningSign(const QStyle* style, int side, qreal ratio) {
-    QPixmap pixmap = QIcon::fromTheme(QStringLiteral("dialog-warning-symbolic"))
-                         .pixmap(QSize(side, side), ratio);
-    if (pixmap.isNull()) {
+    const QIcon symbolic = QIcon::fromTheme(QStringLiteral("dialog-warning-symbolic"));
+    if (symbolic.isNull()) {
         return style->standardIcon(QStyle::SP_MessageBoxWarning).pixmap(QSize(side, side), ratio);
     }
-    QPainter painter(&pixmap);
-    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
-    painter.fillRect(pixmap.rect(), kOrange);
-    return pixmap;
+    return tintedSymbol(symbolic, side, ratio);
 }
 } // namespace
 
@@ -86,7 +81,7 @@ void NotificationDeniedNotice::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
-    QColor fill = kOrange;
+    QColor fill = kWarningOrange;
     fill.setAlphaF(0.12f);
     painter.setBrush(fill);
     painter.drawRoundedRect(QRectF(rect()), 8, 8);
