@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Clock.h"
+#include "ui/settings/RemovalSheet.h"
 
 #include <QPointer>
 #include <QWidget>
@@ -10,7 +11,6 @@ class QPushButton;
 
 namespace vantle {
 
-class RemovalSheet;
 struct SettingsContext;
 
 // The diagnostics report for support, the notification status it carries, and the complete
