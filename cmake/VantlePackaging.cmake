@@ -29,8 +29,8 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_HOMEPAGE "https://pelmark.com/vantle/")
-set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "${PROJECT_DESCRIPTION}
-Vantle sits in the system tray and looks after the applications you leave
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "Vantle sits in the system tray and looks after the applications you leave
 running: it quits the ticked ones together, hides or quits an application
 after its own inactivity, quits everything once the computer sits idle, runs
 weekly sleep, wake, shut down, restart and power-on schedules, and offers
