@@ -1,5 +1,6 @@
 #include "platform/PowerSchedulerTool.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
 
@@ -65,6 +66,17 @@ PowerSchedulerTool PowerSchedulerTool::linuxTool(const QString& directory) {
             .olderRuleFile = QString(),
             .ruleDraftTemplate = QStringLiteral("/tmp/vantle-power.XXXXXX"),
             .ruleNeedsRootOwnedTool = true};
+}
+
+QString PowerSchedulerTool::linuxToolDirectory(const QString& appDirectory,
+                                               const QString& installedRelative) {
+    // Cleaned, so the rule and the polkit action see the same path the package installed.
+    const QString installed = QDir::cleanPath(QDir(appDirectory).filePath(installedRelative));
+    if (!installedRelative.isEmpty() &&
+        QFileInfo(installed + QStringLiteral("/vantle-power")).isFile()) {
+        return installed;
+    }
+    return QDir::cleanPath(appDirectory);
 }
 
 } // namespace vantle

@@ -31,8 +31,12 @@ struct PowerSchedulerTool {
     bool isSafeForRule(QString* why = nullptr) const;
 
     static PowerSchedulerTool macOS();
-    // The tool shipped beside the application, in `directory`.
+    // The tool shipped with the application, in `directory`.
     static PowerSchedulerTool linuxTool(const QString& directory);
+    // Where the tool shipped with the app in `appDirectory` lives: `installedRelative` from it
+    // once installed (bin/ and libexec/ apart), else beside the app as in a build tree.
+    static QString linuxToolDirectory(const QString& appDirectory,
+                                      const QString& installedRelative);
 };
 
 } // namespace vantle

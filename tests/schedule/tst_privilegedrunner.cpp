@@ -4,7 +4,9 @@
 #include "model/ProductTexts.h"
 #include "schedule/PrivilegedRunner.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -159,6 +161,37 @@ private slots:
         QVERIFY(linux.runner.removeAlwaysAllowRule());
         QCOMPARE(linux.scripts.administratorRuns,
                  QStringList{QStringLiteral("rm -f /etc/sudoers.d/vantle-power")});
+    }
+
+    // The installed app finds the tool in libexec by a clean path, the one the rule and the polkit
+    // action name; a build tree keeps it beside the app.
+    void toolFoundWhereTheAppIsInstalled_data() {
+        QTest::addColumn<QStringList>("files");
+        QTest::addColumn<QString>("expected");
+        const QString installed = QStringLiteral("libexec/vantle/vantle-power");
+        const QString beside = QStringLiteral("bin/vantle-power");
+        QTest::newRow("installed") << QStringList{installed} << QStringLiteral("libexec/vantle");
+        QTest::newRow("build tree") << QStringList{beside} << QStringLiteral("bin");
+        QTest::newRow("both") << QStringList{beside, installed} << QStringLiteral("libexec/vantle");
+        QTest::newRow("neither") << QStringList{} << QStringLiteral("bin");
+        QTest::newRow("a folder of that name")
+            << QStringList{installed + QStringLiteral("/x")} << QStringLiteral("bin");
+    }
+
+    void toolFoundWhereTheAppIsInstalled() {
+        QFETCH(QStringList, files);
+        QFETCH(QString, expected);
+        QTemporaryDir prefix;
+        QVERIFY(QDir(prefix.path()).mkpath(QStringLiteral("bin")));
+        for (const QString& file : files) {
+            const QString path = prefix.filePath(file);
+            QVERIFY(QDir().mkpath(QFileInfo(path).absolutePath()));
+            QFile created(path);
+            QVERIFY(created.open(QIODevice::WriteOnly));
+        }
+        QCOMPARE(PowerSchedulerTool::linuxToolDirectory(prefix.filePath(QStringLiteral("bin")),
+                                                        QStringLiteral("../libexec/vantle")),
+                 prefix.filePath(expected));
     }
 
     // A rule naming a tool the user could swap would be a passwordless root shell.

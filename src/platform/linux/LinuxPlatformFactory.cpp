@@ -124,8 +124,9 @@ std::unique_ptr<Platform> makePlatform(PlatformUse use) {
         std::make_unique<FreedesktopNotificationCenter>(QDBusConnection::sessionBus());
     platform->scripts = std::make_unique<ShellScriptRunner>();
     platform->alerts = std::make_unique<QtAlerts>();
-    // Shipped beside the app, so the rule and the prompts name the copy that really runs.
-    platform->schedulerTool = PowerSchedulerTool::linuxTool(QCoreApplication::applicationDirPath());
+    // Shipped with the app, so the rule and the prompts name the copy that really runs.
+    platform->schedulerTool = PowerSchedulerTool::linuxTool(PowerSchedulerTool::linuxToolDirectory(
+        QCoreApplication::applicationDirPath(), QStringLiteral(VANTLE_POWER_RELATIVE_DIR)));
     platform->userName = currentUserName();
     platform->files = std::make_unique<LinuxFileOps>();
     platform->installation = AppInstallation::detect(qEnvironmentVariable("APPIMAGE"),
