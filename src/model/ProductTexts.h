@@ -8,7 +8,9 @@ namespace vantle {
 
 // Texts that name an operating-system facility. macOS shows them as written; Linux names the
 // equivalent it really uses. Both sets are compiled and tested everywhere; the composition root
-// picks the one for the running platform.
+// picks the one for the running platform. The user-facing fields are marked for translation in
+// the "ProductTexts" context but stored in English, so the log stays English; whoever shows one
+// passes it through translated().
 struct ProductTexts {
     // The operating system's name, as it heads the system line of the diagnostics report.
     QString systemName;
@@ -47,9 +49,12 @@ struct ProductTexts {
     QString scheduleWarningNote;
 
     // The General tab's switch that spares apps living only in the menu bar or tray, and its
-    // help. Marked for translation in the "ProductTexts" context.
+    // help.
     QString protectMenuBarAppsTitle;
     QString protectMenuBarAppsHelp;
+
+    // A field as the user should see it, in the running translation.
+    static QString translated(const QString& text);
 
     static const ProductTexts& macOS();
     static const ProductTexts& linuxDesktop();

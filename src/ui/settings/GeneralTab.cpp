@@ -6,9 +6,9 @@
 #include "ui/settings/HelpText.h"
 #include "ui/settings/LaunchAtLogin.h"
 #include "ui/settings/SettingsBinding.h"
+#include "ui/settings/SettingsWidgets.h"
 
 #include <QCheckBox>
-#include <QCoreApplication>
 #include <QVBoxLayout>
 
 namespace vantle {
@@ -19,10 +19,6 @@ QCheckBox* toggle(const QString& property, const QString& text, QWidget* parent)
     auto* box = new QCheckBox(text, parent);
     box->setObjectName(property);
     return box;
-}
-
-QString productText(const QString& text) {
-    return QCoreApplication::translate("ProductTexts", text.toUtf8().constData());
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 #include "ui/settings/SettingsWidgets.h"
 
+#include "model/ProductTexts.h"
 #include "ui/applist/Glyph.h"
 
-#include <QCoreApplication>
 #include <QLabel>
 #include <QLayout>
 #include <QPalette>
@@ -42,7 +42,7 @@ void collectFocusable(QLayout* layout, QList<QWidget*>& widgets) {
 } // namespace
 
 QString productText(const QString& text) {
-    return QCoreApplication::translate("vantle::ProductTexts", text.toUtf8().constData());
+    return ProductTexts::translated(text);
 }
 
 QLabel* sectionHeading(const QString& text, QWidget* parent) {
