@@ -79,15 +79,17 @@ QString AppListState::keyCap(AppCommand command) const {
 }
 
 QString AppListState::searchPlaceholder() const {
-    return QStringLiteral("Search apps (%1)").arg(keyCap(AppCommand::focusSearch));
+    return tr("Search apps (%1)").arg(keyCap(AppCommand::focusSearch));
 }
 
 QString AppListState::selectAllHelp() const {
-    QString help = allSelected() ? QStringLiteral("Deselect all") : QStringLiteral("Select all");
-    if (!m_searchText.isEmpty()) {
-        help += QStringLiteral(" matching apps");
+    // Whole sentences, so a translation can order the words its own way.
+    const QString key = keyCap(AppCommand::selectAll);
+    if (m_searchText.isEmpty()) {
+        return allSelected() ? tr("Deselect all (%1)").arg(key) : tr("Select all (%1)").arg(key);
     }
-    return help + QStringLiteral(" (%1)").arg(keyCap(AppCommand::selectAll));
+    return allSelected() ? tr("Deselect all matching apps (%1)").arg(key)
+                         : tr("Select all matching apps (%1)").arg(key);
 }
 
 QString AppListState::countText() const {
@@ -95,32 +97,32 @@ QString AppListState::countText() const {
 }
 
 QString AppListState::quitButtonTitle() const {
-    return m_forceMode ? QStringLiteral("Force Quit") : QStringLiteral("Quit Selected");
+    return m_forceMode ? tr("Force Quit") : tr("Quit Selected");
 }
 
 QString AppListState::quitButtonHelp() const {
-    return QStringLiteral("%1 the ticked apps (%2)")
-        .arg(m_forceMode ? QStringLiteral("Force quit") : QStringLiteral("Quit"),
-             keyCap(AppCommand::quitSelected));
+    const QString key = keyCap(AppCommand::quitSelected);
+    return m_forceMode ? tr("Force quit the ticked apps (%1)").arg(key)
+                       : tr("Quit the ticked apps (%1)").arg(key);
 }
 
 QString AppListState::emptyText() const {
-    return isLoading() ? QStringLiteral("Loading…") : QStringLiteral("No apps match");
+    return isLoading() ? tr("Loading…") : tr("No apps match");
 }
 
 QString AppListState::rowQuitHelp(const AppInfo& app) const {
-    return (m_forceMode ? QStringLiteral("Force quit ") : QStringLiteral("Quit ")) + app.name;
+    return m_forceMode ? tr("Force quit %1").arg(app.name) : tr("Quit %1").arg(app.name);
 }
 
 QString AppListState::confirmationTitle() const {
     const QList<AppInfo> selected = selectedApps();
     if (selected.size() == 1) {
-        return QStringLiteral("Force quit %1?").arg(selected.constFirst().name);
+        return tr("Force quit %1?").arg(selected.constFirst().name);
     }
     if (selected.isEmpty()) {
-        return QStringLiteral("Force quit this app?");
+        return tr("Force quit this app?");
     }
-    return QStringLiteral("Force quit %1 apps?").arg(selected.size());
+    return tr("Force quit %1 apps?").arg(selected.size());
 }
 
 QString AppListState::confirmationMessage() {

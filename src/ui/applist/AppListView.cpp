@@ -94,7 +94,7 @@ AppListView::AppListView(AppListState& state, std::function<void()> onOpenSettin
         m_settings = new QToolButton(this);
         m_settings->setObjectName(QStringLiteral("settings"));
         m_settings->setAutoRaise(true);
-        m_settings->setToolTip(QStringLiteral("Settings"));
+        m_settings->setToolTip(tr("Settings"));
         connect(m_settings, &QToolButton::clicked, this, std::move(onOpenSettings));
         header->addWidget(m_settings);
     }
@@ -143,11 +143,11 @@ AppListView::AppListView(AppListState& state, std::function<void()> onOpenSettin
     confirmLayout->addWidget(message);
     auto* confirmButtons = new QHBoxLayout;
     confirmButtons->addStretch();
-    auto* cancel = new QPushButton(QStringLiteral("Cancel"), confirm);
+    auto* cancel = new QPushButton(tr("Cancel"), confirm);
     cancel->setObjectName(QStringLiteral("confirmCancel"));
     connect(cancel, &QPushButton::clicked, &m_state, &AppListState::cancelForceQuit);
     confirmButtons->addWidget(cancel);
-    m_confirmButton = new QPushButton(QStringLiteral("Force Quit"), confirm);
+    m_confirmButton = new QPushButton(tr("Force Quit"), confirm);
     m_confirmButton->setObjectName(QStringLiteral("confirmForceQuit"));
     connect(m_confirmButton, &QPushButton::clicked, &m_state, &AppListState::confirmForceQuit);
     confirmButtons->addWidget(m_confirmButton);
@@ -158,7 +158,7 @@ AppListView::AppListView(AppListState& state, std::function<void()> onOpenSettin
 
     // Bottom bar: force-quit mode, the count, the main button.
     auto* bottom = new QHBoxLayout;
-    m_forceMode = new QCheckBox(QStringLiteral("Force Quit"), this);
+    m_forceMode = new QCheckBox(tr("Force Quit"), this);
     m_forceMode->setObjectName(QStringLiteral("forceMode"));
     bottom->addWidget(m_forceMode);
     bottom->addStretch();

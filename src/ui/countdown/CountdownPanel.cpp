@@ -71,7 +71,7 @@ CountdownPanel::CountdownPanel(CountdownState& state, std::function<void(bool co
     m_namesArea->setFixedWidth(kNamesWidth);
     m_namesArea->viewport()->setAutoFillBackground(false);
 
-    auto* cancel = new QPushButton(QStringLiteral("Cancel"), this);
+    auto* cancel = new QPushButton(tr("Cancel"), this);
     cancel->setShortcut(Qt::Key_Escape);
     m_confirm = new QPushButton(this);
     m_confirm->setDefault(true);
@@ -133,7 +133,7 @@ void CountdownPanel::showContent() {
 }
 
 void CountdownPanel::showSecondsLeft() {
-    m_countdown->setText(QStringLiteral("in %1s").arg(m_state.secondsLeft()));
+    m_countdown->setText(tr("in %1s").arg(m_state.secondsLeft()));
 }
 
 } // namespace vantle

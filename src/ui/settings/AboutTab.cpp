@@ -45,7 +45,7 @@ QFont scaled(QFont font, qreal factor, bool bold) {
 QString AboutTab::versionLine(const BundleInfo& bundle) {
     const QString version = bundle.shortVersion().value_or(QStringLiteral("—"));
     const std::optional<QString> build = bundle.buildNumber();
-    QString line = QStringLiteral("Version ") + version;
+    QString line = tr("Version %1").arg(version);
     if (build && *build != version) {
         line += QStringLiteral(" (") + *build + QLatin1Char(')');
     }
@@ -76,8 +76,8 @@ AboutTab::AboutTab(const SettingsContext& context, QWidget* parent)
     auto* version = new QLabel(versionLine(*context.platform.bundle), this);
     version->setObjectName(QStringLiteral("version"));
     version->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    auto* tagline = new QLabel(texts.aboutTagline, this);
-    auto* maker = new QLabel(QStringLiteral("by Pelmark"), this);
+    auto* tagline = new QLabel(ProductTexts::translated(texts.aboutTagline), this);
+    auto* maker = new QLabel(tr("by Pelmark"), this);
     for (QLabel* label : {name, version, tagline, maker}) {
         label->setAlignment(Qt::AlignCenter);
         layout->addWidget(label);
@@ -87,14 +87,12 @@ AboutTab::AboutTab(const SettingsContext& context, QWidget* parent)
     layout->addSpacing(14);
 
     const QList<Feature> features{
-        {"xmark-circle", QStringLiteral("Quit on demand"), texts.quitOnDemandDetail},
-        {"timer", QStringLiteral("Auto-quit"),
-         QStringLiteral("Hide or quit an app after its own idle period.")},
-        {"moon-zzz", QStringLiteral("System idle"), texts.systemIdleDetail},
-        {"calendar-clock", QStringLiteral("Schedules"),
-         QStringLiteral("Sleep, wake, restart, or shut down at set times.")},
-        {"keyboard", QStringLiteral("Keyboard shortcuts"),
-         QStringLiteral("Quit everything, sleep, restart or shut down from any app.")},
+        {"xmark-circle", tr("Quit on demand"), ProductTexts::translated(texts.quitOnDemandDetail)},
+        {"timer", tr("Auto-quit"), tr("Hide or quit an app after its own idle period.")},
+        {"moon-zzz", tr("System idle"), ProductTexts::translated(texts.systemIdleDetail)},
+        {"calendar-clock", tr("Schedules"), tr("Sleep, wake, restart, or shut down at set times.")},
+        {"keyboard", tr("Keyboard shortcuts"),
+         tr("Quit everything, sleep, restart or shut down from any app.")},
     };
     for (const Feature& feature : features) {
         auto* row = new QHBoxLayout;
@@ -130,15 +128,15 @@ AboutTab::AboutTab(const SettingsContext& context, QWidget* parent)
         auto* cup = new QLabel(m_tipBox);
         cup->setFixedSize(kSymbolSize + 8, kSymbolSize + 8);
         m_symbols.append({cup, QStringLiteral("cup")});
-        auto* title = new QLabel(QStringLiteral("Support Vantle"), m_tipBox);
+        auto* title = new QLabel(tr("Support Vantle"), m_tipBox);
         title->setFont(scaled(font(), 1.0, true));
-        auto* text = wrapped(QStringLiteral("Vantle is free. If it saves you time, a tip on ") +
-                                 service + QStringLiteral(" helps keep it going."),
-                             m_tipBox);
-        auto* button = new QPushButton(QStringLiteral("Support on ") + service, m_tipBox);
+        auto* text =
+            wrapped(tr("Vantle is free. If it saves you time, a tip on %1 helps keep it going.")
+                        .arg(service),
+                    m_tipBox);
+        auto* button = new QPushButton(tr("Support on %1").arg(service), m_tipBox);
         button->setObjectName(QStringLiteral("tipButton"));
-        button->setToolTip(QStringLiteral("Opens ") + page.host() +
-                           QStringLiteral(" in your browser."));
+        button->setToolTip(tr("Opens %1 in your browser.").arg(page.host()));
         connect(button, &QPushButton::clicked, this, [page] { QDesktopServices::openUrl(page); });
         auto* words = new QVBoxLayout;
         words->addWidget(title);

@@ -44,11 +44,11 @@ AdvancedTab::AdvancedTab(const SettingsContext& context, QWidget* parent)
     layout->setContentsMargins(24, 20, 24, 20);
     layout->setSpacing(8);
 
-    layout->addWidget(heading(QStringLiteral("Diagnostics"), this));
+    layout->addWidget(heading(tr("Diagnostics"), this));
     layout->addWidget(
-        paragraph(QStringLiteral("Paste this into a bug report — it lists what Vantle is actually "
-                                 "configured to do: your version, notification permission, rules, "
-                                 "exclusions and schedules."),
+        paragraph(tr("Paste this into a bug report — it lists what Vantle is actually "
+                     "configured to do: your version, notification permission, rules, "
+                     "exclusions and schedules."),
                   this));
     m_copy = new QPushButton(this);
     m_copy->setObjectName(QStringLiteral("copyDiagnostics"));
@@ -60,9 +60,10 @@ AdvancedTab::AdvancedTab(const SettingsContext& context, QWidget* parent)
     layout->addWidget(m_statusLabel);
 
     layout->addSpacing(16);
-    layout->addWidget(heading(QStringLiteral("Remove Vantle"), this));
-    layout->addWidget(paragraph(m_context.platform.texts->removalExplanation, this));
-    m_remove = new QPushButton(QStringLiteral("Remove Vantle"), this);
+    layout->addWidget(heading(tr("Remove Vantle"), this));
+    layout->addWidget(
+        paragraph(ProductTexts::translated(m_context.platform.texts->removalExplanation), this));
+    m_remove = new QPushButton(tr("Remove Vantle"), this);
     m_remove->setObjectName(QStringLiteral("removeVantle"));
     connect(m_remove, &QPushButton::clicked, this, &AdvancedTab::showRemovalSheet);
     layout->addWidget(m_remove, 0, Qt::AlignLeft);
@@ -114,7 +115,7 @@ void AdvancedTab::readNotificationStatus() {
 
 void AdvancedTab::setStatus(const QString& status) {
     m_status = status;
-    m_statusLabel->setText(QStringLiteral("Notifications: ") + status);
+    m_statusLabel->setText(tr("Notifications: %1").arg(status));
 }
 
 void AdvancedTab::copyDiagnostics() {
@@ -125,8 +126,7 @@ void AdvancedTab::copyDiagnostics() {
 
 void AdvancedTab::setCopied(bool copied) {
     m_didCopy = copied;
-    m_copy->setText(copied ? QStringLiteral("Copied to Clipboard")
-                           : QStringLiteral("Copy Diagnostics"));
+    m_copy->setText(copied ? tr("Copied to Clipboard") : tr("Copy Diagnostics"));
     refreshSymbols();
 }
 

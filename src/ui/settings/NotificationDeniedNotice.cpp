@@ -36,12 +36,10 @@ NotificationDeniedNotice::NotificationDeniedNotice(NotificationAuthority& author
     icon->setPixmap(warningSign(style(), QFontMetrics(caption).height(), devicePixelRatioF()));
 
     auto* message = new QLabel(
-        QStringLiteral(
-            "Notifications are turned off for Vantle, so the window is being used instead."),
-        this);
+        tr("Notifications are turned off for Vantle, so the window is being used instead."), this);
     message->setWordWrap(true);
 
-    auto* open = new QPushButton(QStringLiteral("Open Notification Settings\u2026"), this);
+    auto* open = new QPushButton(tr("Open Notification Settings\u2026"), this);
     open->setFlat(true);
     open->setCursor(Qt::PointingHandCursor);
     open->setStyleSheet(QStringLiteral(

@@ -22,7 +22,7 @@ RemovalSheet::RemovalSheet(Uninstaller& uninstaller, Uninstaller::Plan plan,
     : QDialog(parent)
     , m_uninstaller(uninstaller)
     , m_plan(std::move(plan)) {
-    setWindowTitle(QStringLiteral("Remove Vantle"));
+    setWindowTitle(tr("Remove Vantle"));
     setWindowModality(Qt::WindowModal);
     setMinimumWidth(440);
     setMaximumWidth(520);
@@ -30,13 +30,13 @@ RemovalSheet::RemovalSheet(Uninstaller& uninstaller, Uninstaller::Plan plan,
     layout->setContentsMargins(24, 20, 24, 16);
     layout->setSpacing(10);
 
-    auto* title = new QLabel(QStringLiteral("Remove Vantle?"), this);
+    auto* title = new QLabel(tr("Remove Vantle?"), this);
     QFont big = title->font();
     big.setPointSizeF(big.pointSizeF() * 1.3);
     big.setBold(true);
     title->setFont(big);
     layout->addWidget(title);
-    layout->addWidget(new QLabel(QStringLiteral("This will:"), this));
+    layout->addWidget(new QLabel(tr("This will:"), this));
     QStringList bullets;
     for (const QString& line : m_plan.stepLines(texts)) {
         bullets << QStringLiteral("<li>%1</li>").arg(line.toHtmlEscaped());
@@ -49,12 +49,12 @@ RemovalSheet::RemovalSheet(Uninstaller& uninstaller, Uninstaller::Plan plan,
     steps->setTextFormat(Qt::RichText);
     layout->addWidget(steps);
     if (m_plan.needsAdministrator()) {
-        auto* password = paragraph(texts.removalPasswordLine, this);
+        auto* password = paragraph(ProductTexts::translated(texts.removalPasswordLine), this);
         password->setObjectName(QStringLiteral("passwordLine"));
         layout->addWidget(password);
     }
     layout->addWidget(paragraph(m_plan.programNote(), this));
-    auto* keeps = paragraph(texts.removalSystemKeeps, this);
+    auto* keeps = paragraph(ProductTexts::translated(texts.removalSystemKeeps), this);
     keeps->setForegroundRole(QPalette::PlaceholderText);
     layout->addWidget(keeps);
 
@@ -67,9 +67,8 @@ RemovalSheet::RemovalSheet(Uninstaller& uninstaller, Uninstaller::Plan plan,
     layout->addWidget(m_error);
 
     auto* buttons = new QDialogButtonBox(this);
-    m_cancel = buttons->addButton(QStringLiteral("Cancel"), QDialogButtonBox::RejectRole);
-    m_remove =
-        buttons->addButton(QStringLiteral("Remove Vantle"), QDialogButtonBox::DestructiveRole);
+    m_cancel = buttons->addButton(tr("Cancel"), QDialogButtonBox::RejectRole);
+    m_remove = buttons->addButton(tr("Remove Vantle"), QDialogButtonBox::DestructiveRole);
     m_remove->setObjectName(QStringLiteral("removeButton"));
     // Destructive: red text, and never the button Return presses.
     QPalette destructive = m_remove->palette();
@@ -87,7 +86,7 @@ QString RemovalSheet::errorText() const {
 }
 
 void RemovalSheet::startRemoval() {
-    m_remove->setText(QStringLiteral("Removing…"));
+    m_remove->setText(tr("Removing…"));
     m_remove->setEnabled(false);
     m_cancel->setEnabled(false);
     m_error->hide();
@@ -99,7 +98,7 @@ void RemovalSheet::runRemoval() {
     if (const std::optional<Uninstaller::UninstallError> error = m_uninstaller.run(m_plan)) {
         m_error->setText(error->description());
         m_error->show();
-        m_remove->setText(QStringLiteral("Remove Vantle"));
+        m_remove->setText(tr("Remove Vantle"));
         m_remove->setEnabled(true);
         m_cancel->setEnabled(true);
         return;
