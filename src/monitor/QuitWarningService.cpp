@@ -7,6 +7,7 @@
 #include "system/WarningSeconds.h"
 #include "system/WarningStyle.h"
 
+#include <QCoreApplication>
 #include <QSet>
 
 namespace vantle {
@@ -40,10 +41,12 @@ QuitWarningService::~QuitWarningService() = default;
 void QuitWarningService::registerCategory() {
     connect(&m_notifications, &NotificationCenter::didReceiveResponse, this,
             &QuitWarningService::handleResponse, Qt::UniqueConnection);
-    m_notifications.setCategories(
-        {NotificationCategory{kCategory,
-                              {NotificationAction{kQuitNowAction, QStringLiteral("Quit Now")},
-                               NotificationAction{kCancelAction, QStringLiteral("Cancel")}}}});
+    m_notifications.setCategories({NotificationCategory{
+        kCategory,
+        {NotificationAction{kQuitNowAction,
+                            QCoreApplication::translate("QuitWarningService", "Quit Now")},
+         NotificationAction{kCancelAction,
+                            QCoreApplication::translate("QuitWarningService", "Cancel")}}}});
     m_authorizationTask = m_clock.singleShot(0ms, [this] { requestAuthorizationIfNeeded(); });
 }
 
@@ -125,11 +128,14 @@ void QuitWarningService::postWarning() {
     const bool one = apps.size() == 1;
     NotificationRequest request;
     request.identifier = kWarningRequest;
-    request.title =
-        one ? QStringLiteral("Quitting an Idle App") : QStringLiteral("Quitting Idle Apps");
-    request.body = QStringLiteral("%1 — in %2s. Cancel to keep %3 open.")
-                       .arg(names(apps), QString::number(m_state.secondsLeft()),
-                            one ? QStringLiteral("it") : QStringLiteral("them"));
+    request.title = one ? QCoreApplication::translate("QuitWarningService", "Quitting an Idle App")
+                        : QCoreApplication::translate("QuitWarningService", "Quitting Idle Apps");
+    // Whole sentences for each count, so a translation can word them its own way.
+    request.body = (one ? QCoreApplication::translate("QuitWarningService",
+                                                      "%1 — in %2s. Cancel to keep it open.")
+                        : QCoreApplication::translate("QuitWarningService",
+                                                      "%1 — in %2s. Cancel to keep them open."))
+                       .arg(names(apps), QString::number(m_state.secondsLeft()));
     request.categoryIdentifier = kCategory;
     request.interruptionLevel = InterruptionLevel::timeSensitive;
     m_notifications.add(request);
@@ -180,9 +186,12 @@ void QuitWarningService::reportRefused(const QList<AppInfo>& apps) {
     NotificationRequest request;
     request.identifier = kRefusedRequest;
     request.title =
-        one ? QStringLiteral("An App Wouldn't Quit") : QStringLiteral("Some Apps Wouldn't Quit");
+        one ? QCoreApplication::translate("QuitWarningService", "An App Wouldn't Quit")
+            : QCoreApplication::translate("QuitWarningService", "Some Apps Wouldn't Quit");
     request.body =
-        names(apps) + QStringLiteral(" — still running, probably waiting on unsaved changes.");
+        QCoreApplication::translate("QuitWarningService",
+                                    "%1 — still running, probably waiting on unsaved changes.")
+            .arg(names(apps));
     request.interruptionLevel = InterruptionLevel::active;
     m_notifications.add(request);
 }

@@ -1,5 +1,7 @@
 #include "monitor/QuitWarningState.h"
 
+#include <QCoreApplication>
+
 namespace vantle {
 
 CountdownContent QuitWarningState::content() const {
@@ -8,15 +10,16 @@ CountdownContent QuitWarningState::content() const {
         names << app.name;
     }
     return CountdownContent{
-        .windowTitle = QStringLiteral("Auto-Quit"),
+        .windowTitle = QCoreApplication::translate("QuitWarningState", "Auto-Quit"),
         .panelSize = QSize(320, 280),
         .symbol = CountdownSymbol::timer,
-        .title = m_apps.size() == 1 ? QStringLiteral("Quitting Idle App")
-                                    : QStringLiteral("Quitting Idle Apps"),
+        .title = m_apps.size() == 1
+                     ? QCoreApplication::translate("QuitWarningState", "Quitting Idle App")
+                     : QCoreApplication::translate("QuitWarningState", "Quitting Idle Apps"),
         .headingSpacing = 2,
         .caption = {},
         .names = names,
-        .confirmLabel = QStringLiteral("Quit Now"),
+        .confirmLabel = QCoreApplication::translate("QuitWarningState", "Quit Now"),
     };
 }
 

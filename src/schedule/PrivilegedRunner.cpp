@@ -5,17 +5,20 @@
 #include "platform/Log.h"
 #include "platform/ScriptRunner.h"
 
+#include <QCoreApplication>
+
 namespace vantle {
 
 namespace {
 
-const QString kPasswordTitle = QStringLiteral("Vantle needs your administrator password");
 const QString kSettingsWindowTitle = QStringLiteral("Vantle Settings");
 
 AlertRequest passwordAlert(const QString& text) {
-    return {.messageText = kPasswordTitle,
+    return {.messageText = QCoreApplication::translate("PrivilegedRunner",
+                                                       "Vantle needs your administrator password"),
             .informativeText = text,
-            .buttons = {QStringLiteral("Continue"), QStringLiteral("Cancel")}};
+            .buttons = {QCoreApplication::translate("PrivilegedRunner", "Continue"),
+                        QCoreApplication::translate("PrivilegedRunner", "Cancel")}};
 }
 
 // Letters and digits in any script, plus "_", "-" and ".": nothing the shell or sudoers would read
@@ -84,9 +87,11 @@ PrivilegedRunner::PasswordChoice PrivilegedRunner::pmsetPasswordExplanation() {
     }
     m_explanationShown = true;
     m_alerts.activateApp();
-    AlertRequest request = passwordAlert(m_texts.schedulerPasswordExplanation);
-    request.checkBoxTitle = QStringLiteral("Always allow — don't ask for my password again");
-    request.checkBoxToolTip = m_texts.alwaysAllowToolTip.arg(m_tool.path);
+    AlertRequest request =
+        passwordAlert(ProductTexts::translated(m_texts.schedulerPasswordExplanation));
+    request.checkBoxTitle = QCoreApplication::translate(
+        "PrivilegedRunner", "Always allow — don't ask for my password again");
+    request.checkBoxToolTip = ProductTexts::translated(m_texts.alwaysAllowToolTip).arg(m_tool.path);
     const AlertResponse response = m_alerts.runModal(request);
     if (response.button != 0) {
         return PasswordChoice::cancel;
@@ -118,7 +123,8 @@ std::optional<QString> PrivilegedRunner::alwaysAllowInstallScript() const {
 
 bool PrivilegedRunner::installAlwaysAllowRule() {
     const std::optional<QString> script = alwaysAllowInstallScript();
-    if (!script || !confirmPasswordPrompt(m_texts.installRuleExplanation.arg(m_tool.path))) {
+    if (!script || !confirmPasswordPrompt(
+                       ProductTexts::translated(m_texts.installRuleExplanation).arg(m_tool.path))) {
         return false;
     }
     runPrivileged(*script);
@@ -126,7 +132,7 @@ bool PrivilegedRunner::installAlwaysAllowRule() {
 }
 
 bool PrivilegedRunner::removeAlwaysAllowRule() {
-    if (!confirmPasswordPrompt(m_texts.removeRuleExplanation)) {
+    if (!confirmPasswordPrompt(ProductTexts::translated(m_texts.removeRuleExplanation))) {
         return false;
     }
     QStringList files{m_tool.ruleFile};

@@ -6,6 +6,8 @@
 #include "system/WarningSeconds.h"
 #include "system/WarningStyle.h"
 
+#include <QCoreApplication>
+
 namespace vantle {
 
 using namespace std::chrono_literals;
@@ -28,10 +30,12 @@ void ScheduleWarningService::registerCategory() {
         QList<NotificationCategory> categories = m_notifications.categories();
         categories.removeIf(
             [](const NotificationCategory& category) { return category.identifier == kCategory; });
-        categories.append(
-            NotificationCategory{kCategory,
-                                 {NotificationAction{kNowAction, QStringLiteral("Do It Now")},
-                                  NotificationAction{kCancelAction, QStringLiteral("Cancel")}}});
+        categories.append(NotificationCategory{
+            kCategory,
+            {NotificationAction{kNowAction,
+                                QCoreApplication::translate("ScheduleWarningService", "Do It Now")},
+             NotificationAction{kCancelAction,
+                                QCoreApplication::translate("ScheduleWarningService", "Cancel")}}});
         m_notifications.setCategories(categories);
     });
 }
@@ -74,7 +78,9 @@ void ScheduleWarningService::postWarning() {
     NotificationRequest request;
     request.identifier = kWarningRequest;
     request.title = ScheduleWarningState::title(m_state.action());
-    request.body = QStringLiteral("In %1s. Cancel to skip this one.").arg(m_state.secondsLeft());
+    request.body =
+        QCoreApplication::translate("ScheduleWarningService", "In %1s. Cancel to skip this one.")
+            .arg(m_state.secondsLeft());
     request.categoryIdentifier = kCategory;
     request.interruptionLevel = InterruptionLevel::timeSensitive;
     m_notifications.add(request);

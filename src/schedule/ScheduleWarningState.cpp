@@ -2,6 +2,8 @@
 
 #include "model/RawEnum.h"
 
+#include <QCoreApplication>
+
 namespace vantle {
 
 using Action = ShutdownSchedule::Action;
@@ -9,16 +11,16 @@ using Action = ShutdownSchedule::Action;
 QString ScheduleWarningState::title(Action action) {
     switch (action) {
     case Action::sleep:
-        return QStringLiteral("Going to Sleep");
+        return QCoreApplication::translate("ScheduleWarningState", "Going to Sleep");
     case Action::shutdown:
-        return QStringLiteral("Shutting Down");
+        return QCoreApplication::translate("ScheduleWarningState", "Shutting Down");
     case Action::restart:
-        return QStringLiteral("Restarting");
+        return QCoreApplication::translate("ScheduleWarningState", "Restarting");
     case Action::wake:
     case Action::poweron:
         break;
     }
-    return QStringLiteral("Waking");
+    return QCoreApplication::translate("ScheduleWarningState", "Waking");
 }
 
 CountdownContent ScheduleWarningState::content() const {
@@ -28,22 +30,23 @@ CountdownContent ScheduleWarningState::content() const {
         .symbol = CountdownSymbol::sunrise,
         .title = title(m_action),
         .headingSpacing = 10,
-        .caption = QStringLiteral("Cancel skips this one. The schedule itself is unchanged."),
+        .caption = QCoreApplication::translate(
+            "ScheduleWarningState", "Cancel skips this one. The schedule itself is unchanged."),
         .names = {},
-        .confirmLabel = QStringLiteral("Continue"),
+        .confirmLabel = QCoreApplication::translate("ScheduleWarningState", "Continue"),
     };
     switch (m_action) {
     case Action::sleep:
         content.symbol = CountdownSymbol::sleep;
-        content.confirmLabel = QStringLiteral("Sleep Now");
+        content.confirmLabel = QCoreApplication::translate("ScheduleWarningState", "Sleep Now");
         break;
     case Action::shutdown:
         content.symbol = CountdownSymbol::power;
-        content.confirmLabel = QStringLiteral("Shut Down Now");
+        content.confirmLabel = QCoreApplication::translate("ScheduleWarningState", "Shut Down Now");
         break;
     case Action::restart:
         content.symbol = CountdownSymbol::restart;
-        content.confirmLabel = QStringLiteral("Restart Now");
+        content.confirmLabel = QCoreApplication::translate("ScheduleWarningState", "Restart Now");
         break;
     case Action::wake:
     case Action::poweron:

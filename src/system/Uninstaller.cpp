@@ -9,6 +9,7 @@
 #include "platform/ScriptRunner.h"
 #include "schedule/PmsetCommands.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -36,8 +37,9 @@ const QStringList Uninstaller::kSettingsDomains{
 };
 
 QString Uninstaller::UninstallError::description() const {
-    return QStringLiteral("Vantle could not change the power schedule, so nothing was removed. "
-                          "This usually means the password prompt was cancelled.");
+    return QCoreApplication::translate(
+        "Uninstaller", "Vantle could not change the power schedule, so nothing was removed. "
+                       "This usually means the password prompt was cancelled.");
 }
 
 Uninstaller::UninstallError Uninstaller::UninstallError::privilegedStepFailed(QString detail) {
@@ -47,32 +49,39 @@ Uninstaller::UninstallError Uninstaller::UninstallError::privilegedStepFailed(QS
 QStringList Uninstaller::Plan::stepLines(const ProductTexts& texts) const {
     QStringList lines;
     if (const qsizetype count = pmsetEvents.size(); count > 0) {
-        lines << texts.removalCancelEventsStep.arg(
-            QStringLiteral("%1 scheduled power event%2")
-                .arg(count)
-                .arg(count == 1 ? QString() : QStringLiteral("s")));
+        lines << ProductTexts::translated(texts.removalCancelEventsStep)
+                     .arg(count == 1 ? QCoreApplication::translate("Uninstaller",
+                                                                   "1 scheduled power event")
+                                     : QCoreApplication::translate("Uninstaller",
+                                                                   "%1 scheduled power events")
+                                           .arg(count));
     }
     if (hasSudoersRule) {
-        lines << QStringLiteral(
+        lines << QCoreApplication::translate(
+            "Uninstaller",
             "Remove the rule allowing Vantle to change the power schedule without a password");
     }
     if (isLoginItem) {
-        lines << QStringLiteral("Stop Vantle opening at login");
+        lines << QCoreApplication::translate("Uninstaller", "Stop Vantle opening at login");
     }
-    lines << QStringLiteral("Delete Vantle's settings, rules and schedules");
+    lines << QCoreApplication::translate("Uninstaller",
+                                         "Delete Vantle's settings, rules and schedules");
     switch (installation.kind) {
     case AppInstallation::Kind::trash:
-        lines << QStringLiteral("Move Vantle to the Trash");
+        lines << QCoreApplication::translate("Uninstaller", "Move Vantle to the Trash");
         break;
     case AppInstallation::Kind::manifest:
-        lines << QStringLiteral("Delete the Vantle program files installed in your home folder");
+        lines << QCoreApplication::translate(
+            "Uninstaller", "Delete the Vantle program files installed in your home folder");
         break;
     case AppInstallation::Kind::packageManager:
-        lines << QStringLiteral(
+        lines << QCoreApplication::translate(
+            "Uninstaller",
             "Leave the Vantle program itself: uninstall its package with your software manager");
         break;
     case AppInstallation::Kind::unmanaged:
-        lines << QStringLiteral("Leave the Vantle program in %1 as it is")
+        lines << QCoreApplication::translate("Uninstaller",
+                                             "Leave the Vantle program in %1 as it is")
                      .arg(QDir::toNativeSeparators(installation.path));
         break;
     }
@@ -82,18 +91,22 @@ QStringList Uninstaller::Plan::stepLines(const ProductTexts& texts) const {
 QString Uninstaller::Plan::programNote() const {
     switch (installation.kind) {
     case AppInstallation::Kind::trash:
-        return QStringLiteral(
+        return QCoreApplication::translate(
+            "Uninstaller",
             "Vantle goes to the Trash, so you can put it back if you change your mind.");
     case AppInstallation::Kind::manifest:
-        return QStringLiteral(
+        return QCoreApplication::translate(
+            "Uninstaller",
             "Vantle's program files are deleted; install it again if you change your mind.");
     case AppInstallation::Kind::packageManager:
-        return QStringLiteral(
+        return QCoreApplication::translate(
+            "Uninstaller",
             "Vantle stays installed until you uninstall its package, which you can do any time.");
     case AppInstallation::Kind::unmanaged:
         break;
     }
-    return QStringLiteral("Vantle's program stays where it is, so you can start it again.");
+    return QCoreApplication::translate(
+        "Uninstaller", "Vantle's program stays where it is, so you can start it again.");
 }
 
 Uninstaller::Uninstaller(Parts parts)
