@@ -1,6 +1,7 @@
 # cmake -DLUPDATE=... -DSOURCE=... -DOUT=... -P CheckTranslationTemplate.cmake
 # Gathers the template as the vantle_translation_template target does and fails when texts the
-# user sees in the settings window did not reach it (a text left out of tr(), a broken lupdate).
+# user sees (settings window, menu, removal sheet, countdowns) did not reach it (a text left out
+# of tr(), a broken lupdate).
 execute_process(
   COMMAND "${LUPDATE}" -silent -locations none -extensions cpp,h "${SOURCE}" -ts "${OUT}"
   RESULT_VARIABLE result)
@@ -15,7 +16,12 @@ foreach(text
     "<source>Protect tray-only apps from auto-quit</source>"
     "<source>Protect menu bar apps from auto-quit</source>"
     "<source>Excluded apps are never quit by the system idle feature.</source>"
-    "<source>Exclude</source>")
+    "<source>Exclude</source>"
+    "<source>Quit Vantle</source>"
+    "<source>App control for your system tray</source>"
+    "<source>Remove Vantle?</source>"
+    "<source>Quitting Idle Apps</source>"
+    "<source>Quit All Apps</source>")
   string(FIND "${template}" "${text}" at)
   if(at LESS 0)
     message(FATAL_ERROR "the translation template lacks ${text}")
