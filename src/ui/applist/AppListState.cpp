@@ -126,7 +126,7 @@ QString AppListState::confirmationTitle() const {
 }
 
 QString AppListState::confirmationMessage() {
-    return QStringLiteral(
+    return tr(
         "They will be killed immediately. Anything unsaved is lost, with no chance to save it.");
 }
 
