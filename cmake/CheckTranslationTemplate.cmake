@@ -1,7 +1,7 @@
 # cmake -DLUPDATE=... -DSOURCE=... -DOUT=... -P CheckTranslationTemplate.cmake
 # Gathers the template as the vantle_translation_template target does and fails when texts the
-# user sees (settings window, menu, removal sheet, countdowns) did not reach it (a text left out
-# of tr(), a broken lupdate).
+# user sees (settings window, menu, removal sheet, countdowns, command line) did not reach it
+# (a text left out of tr(), a broken lupdate).
 execute_process(
   COMMAND "${LUPDATE}" -silent -locations none -extensions cpp,h "${SOURCE}" -ts "${OUT}"
   RESULT_VARIABLE result)
@@ -21,7 +21,8 @@ foreach(text
     "<source>App control for your system tray</source>"
     "<source>Remove Vantle?</source>"
     "<source>Quitting Idle Apps</source>"
-    "<source>Quit All Apps</source>")
+    "<source>Quit All Apps</source>"
+    "<source>Print the running applications as Vantle sees them and exit.</source>")
   string(FIND "${template}" "${text}" at)
   if(at LESS 0)
     message(FATAL_ERROR "the translation template lacks ${text}")

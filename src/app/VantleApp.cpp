@@ -70,7 +70,8 @@ std::optional<AppCommand> globalCommand(const QString& name) {
 // `vantle --command NAME`: hands the command to the running copy.
 int sendCommand(const QString& name) {
     if (!globalCommand(name)) {
-        logLine(QStringLiteral("unknown command \"%1\". The commands are: %2.")
+        logLine(QCoreApplication::translate("CommandLine",
+                                            "unknown command \"%1\". The commands are: %2.")
                     .arg(name, globalCommandNames().join(QStringLiteral(", "))));
         return 2;
     }
@@ -80,47 +81,56 @@ int sendCommand(const QString& name) {
     case InstanceGuard::Delivery::Delivered:
         return 0;
     case InstanceGuard::Delivery::NotRunning:
-        logLine(QStringLiteral("Vantle is not running, so nothing can %1%2. Start Vantle first.")
-                    .arg(name, error.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(error)));
+        logLine(
+            QCoreApplication::translate(
+                "CommandLine", "Vantle is not running, so nothing can %1%2. Start Vantle first.")
+                .arg(name, error.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(error)));
         return 1;
     case InstanceGuard::Delivery::Failed:
-        logLine(
-            QStringLiteral("the running Vantle did not take the command %1: %2").arg(name, error));
+        logLine(QCoreApplication::translate("CommandLine",
+                                            "the running Vantle did not take the command %1: %2")
+                    .arg(name, error));
         return 1;
     }
     return 1;
 }
 
 void addOptions(QCommandLineParser& parser) {
-    parser.setApplicationDescription(
-        QStringLiteral("Quits idle apps, quits everything after the machine sits idle, and runs "
+    parser.setApplicationDescription(QCoreApplication::translate(
+        "CommandLine", "Quits idle apps, quits everything after the machine sits idle, and runs "
                        "weekly power schedules.\nStarted without options, Vantle runs in the "
                        "system tray; a second start shows the running copy."));
     parser.addHelpOption();
     parser.addVersionOption();
     parser.addOption(QCommandLineOption(
         kDiagnosticsOption,
-        QStringLiteral("Print the support report of this user's settings and exit.")));
+        QCoreApplication::translate("CommandLine",
+                                    "Print the support report of this user's settings and exit.")));
     parser.addOption(QCommandLineOption(
         kListAppsOption,
-        QStringLiteral("Print the running applications as Vantle sees them and exit.")));
+        QCoreApplication::translate(
+            "CommandLine", "Print the running applications as Vantle sees them and exit.")));
     parser.addOption(QCommandLineOption(
         kCommandOption,
-        QStringLiteral("Ask the running Vantle to run <name>, as its shortcut does: %1. Bind this "
-                       "in your desktop's keyboard settings.")
+        QCoreApplication::translate(
+            "CommandLine",
+            "Ask the running Vantle to run <name>, as its shortcut does: %1. Bind this "
+            "in your desktop's keyboard settings.")
             .arg(globalCommandNames().join(QStringLiteral(", "))),
         QStringLiteral("name")));
     parser.addOption(QCommandLineOption(
-        kSettingsOption, QStringLiteral("Open the settings window, of the running Vantle if one "
-                                        "runs, on [tab] when given.")));
+        kSettingsOption,
+        QCoreApplication::translate("CommandLine",
+                                    "Open the settings window, of the running Vantle if one "
+                                    "runs, on [tab] when given.")));
     QStringList tabs;
     for (const SettingsTab tab : allCases<SettingsTab>()) {
         tabs << rawValue(tab);
     }
-    parser.addPositionalArgument(
-        QStringLiteral("tab"),
-        QStringLiteral("With --settings: %1.").arg(tabs.join(QStringLiteral(", "))),
-        QStringLiteral("[tab]"));
+    parser.addPositionalArgument(QStringLiteral("tab"),
+                                 QCoreApplication::translate("CommandLine", "With --settings: %1.")
+                                     .arg(tabs.join(QStringLiteral(", "))),
+                                 QStringLiteral("[tab]"));
 }
 
 // `vantle --settings [tab]`: the tab asked for, none for the one last shown; false when the
@@ -250,7 +260,9 @@ int VantleApp::runApplication() {
         case InstanceGuard::Delivery::Delivered:
             return 0;
         case InstanceGuard::Delivery::Failed:
-            logLine(QStringLiteral("the running Vantle did not open its settings: %1").arg(error));
+            logLine(QCoreApplication::translate("CommandLine",
+                                                "the running Vantle did not open its settings: %1")
+                        .arg(error));
             return 1;
         case InstanceGuard::Delivery::NotRunning:
             break;
