@@ -10,10 +10,10 @@
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QLineEdit>
+#include <QMetaProperty>
 #include <QSignalSpy>
 #include <QSlider>
 #include <QTest>
-#include <functional>
 #include <memory>
 
 using namespace vantle;
@@ -21,33 +21,30 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// One kind of control: how it is made, what it shows, and how a user changes it.
-struct ControlCase {
-    const char* name;
-    const char* property;
-    std::function<QWidget*()> make;
-    std::function<QVariant(QWidget*)> shown;
-    std::function<void(QWidget*)> userChange;
-    QVariant storedBefore; // written to the settings before the control is bound
-    QVariant shownBefore;  // what the control then shows
-    QVariant storedLater;  // a later change of the setting from elsewhere
-    QVariant shownLater;   // what the control then shows
-    QVariant storedAfterUser;
-    BindingConversion conversion;
-};
-
-QComboBox* styleCombo() {
-    auto* combo = new QComboBox;
-    combo->addItem(u"Notification"_s, u"notification"_s);
-    combo->addItem(u"Floating window"_s, u"window"_s);
-    combo->addItem(u"No warning"_s, u"never"_s);
-    return combo;
-}
-
 // Seconds shown as tenths of a minute: a conversion each way that is not its own inverse.
 const BindingConversion kSecondsAsTenthMinutes{
     [](const QVariant& seconds) { return QVariant(seconds.toDouble() / 6); },
     [](const QVariant& tenths) { return QVariant(tenths.toDouble() * 6); }};
+
+QWidget* makeControl(const QString& kind) {
+    if (kind == u"check box"_s) {
+        return new QCheckBox;
+    }
+    if (kind == u"slider"_s) {
+        auto* slider = new QSlider;
+        slider->setRange(5, 180);
+        slider->setSingleStep(5);
+        return slider;
+    }
+    if (kind == u"combo box"_s) {
+        auto* combo = new QComboBox;
+        combo->addItem(u"Notification"_s, u"notification"_s);
+        combo->addItem(u"Floating window"_s, u"window"_s);
+        combo->addItem(u"No warning"_s, u"never"_s);
+        return combo;
+    }
+    return new QDoubleSpinBox;
+}
 
 } // namespace
 
@@ -66,90 +63,58 @@ private slots:
     void init() { store = std::make_unique<MemoryDefaultsStore>(); }
 
     // Each control shows the stored value, follows a change made elsewhere without echoing it
-    // back, and stores a user's change at once.
+    // back, and stores a user's change at once. `shown` is the control's user property.
+    void bindsBothWays_data() {
+        QTest::addColumn<QString>("property");
+        QTest::addColumn<QVariantList>("stored"); // before binding, later from elsewhere
+        QTest::addColumn<QVariantList>("shown");  // what the control shows for each
+        QTest::addColumn<int>("key");
+        QTest::addColumn<QVariant>("storedAfterUser");
+        QTest::newRow("check box")
+            << u"idleQuitEnabled"_s << QVariantList{true, false} << QVariantList{true, false}
+            << int(Qt::Key_Space) << QVariant(true);
+        QTest::newRow("slider") << u"idleQuitTimeout"_s << QVariantList{30.0, 60.0}
+                                << QVariantList{30, 60} << int(Qt::Key_Up) << QVariant(65.0);
+        QTest::newRow("combo box")
+            << u"quitWarningStyle"_s << QVariantList{u"never"_s, u"notification"_s}
+            << QVariantList{u"No warning"_s, u"Notification"_s} << int(Qt::Key_Down)
+            << QVariant(u"window"_s);
+        QTest::newRow("spin box") << u"scheduleWarningSeconds"_s << QVariantList{30.0, 45.0}
+                                  << QVariantList{5.0, 7.5} << int(Qt::Key_Up) << QVariant(51.0);
+    }
     void bindsBothWays() {
-        const QList<ControlCase> cases{
-            {"check box",
-             "idleQuitEnabled",
-             [] { return new QCheckBox; },
-             [](QWidget* w) { return QVariant(static_cast<QCheckBox*>(w)->isChecked()); },
-             [](QWidget* w) { static_cast<QCheckBox*>(w)->click(); },
-             true,
-             true,
-             false,
-             false,
-             true,
-             {}},
-            {"slider",
-             "idleQuitTimeout",
-             [] {
-                 auto* slider = new QSlider;
-                 slider->setRange(5, 180);
-                 slider->setSingleStep(5);
-                 return slider;
-             },
-             [](QWidget* w) { return QVariant(static_cast<QSlider*>(w)->value()); },
-             [](QWidget* w) {
-                 static_cast<QSlider*>(w)->triggerAction(QAbstractSlider::SliderSingleStepAdd);
-             },
-             30.0,
-             30,
-             60.0,
-             60,
-             65.0,
-             {}},
-            {"combo box by item data",
-             "quitWarningStyle",
-             [] { return styleCombo(); },
-             [](QWidget* w) { return QVariant(static_cast<QComboBox*>(w)->currentData()); },
-             [](QWidget* w) { static_cast<QComboBox*>(w)->setCurrentIndex(2); },
-             u"window"_s,
-             u"window"_s,
-             u"notification"_s,
-             u"notification"_s,
-             u"never"_s,
-             {}},
-            {"spin box with a conversion",
-             "scheduleWarningSeconds",
-             [] { return new QDoubleSpinBox; },
-             [](QWidget* w) { return QVariant(static_cast<QDoubleSpinBox*>(w)->value()); },
-             [](QWidget* w) { static_cast<QDoubleSpinBox*>(w)->stepUp(); },
-             30.0,
-             5.0,
-             45.0,
-             7.5,
-             51.0,
-             kSecondsAsTenthMinutes},
+        QFETCH(QString, property);
+        QFETCH(QVariantList, stored);
+        QFETCH(QVariantList, shown);
+        QFETCH(int, key);
+        QFETCH(QVariant, storedAfterUser);
+        const QByteArray name = property.toLatin1();
+        const auto settings = make();
+        QVERIFY(settings->setProperty(name.constData(), stored[0]));
+        std::unique_ptr<QWidget> control(makeControl(QString::fromLatin1(QTest::currentDataTag())));
+        control->setObjectName(property);
+        const bool converted = property == u"scheduleWarningSeconds"_s;
+        QVERIFY(bindSetting(control.get(), *settings,
+                            converted ? kSecondsAsTenthMinutes : BindingConversion{}));
+        const auto shownNow = [&] {
+            return control->metaObject()->userProperty().read(control.get());
         };
-        for (const ControlCase& c : cases) {
-            init();
-            const auto settings = make();
-            QVERIFY(settings->setProperty(c.property, c.storedBefore));
-            std::unique_ptr<QWidget> control(c.make());
-            control->setObjectName(QLatin1String(c.property));
-            QVERIFY2(bindSetting(control.get(), *settings, c.conversion), c.name);
-            QVERIFY2(c.shown(control.get()) == c.shownBefore, c.name);
+        QCOMPARE(shownNow(), shown[0]);
 
-            // A change from elsewhere (the tray, a second window) shows without being written
-            // back as if the user had made it.
-            const QByteArray notify =
-                settings->metaObject()
-                    ->property(settings->metaObject()->indexOfProperty(c.property))
-                    .notifySignal()
-                    .methodSignature();
-            QSignalSpy changed(settings.get(), ("2" + notify).constData());
-            QVERIFY(settings->setProperty(c.property, c.storedLater));
-            QVERIFY2(c.shown(control.get()) == c.shownLater, c.name);
-            QCOMPARE(changed.count(), 1);
+        // A change from elsewhere (the tray, a second window) shows without being written back
+        // as if the user had made it.
+        const QMetaObject* meta = settings->metaObject();
+        const QMetaMethod notify = meta->property(meta->indexOfProperty(name)).notifySignal();
+        QSignalSpy changed(settings.get(), ("2" + notify.methodSignature()).constData());
+        QVERIFY(settings->setProperty(name.constData(), stored[1]));
+        QCOMPARE(shownNow(), shown[1]);
+        QCOMPARE(changed.count(), 1);
 
-            c.userChange(control.get());
-            QVERIFY2(settings->property(c.property) == c.storedAfterUser,
-                     qPrintable(u"%1: %2"_s.arg(QLatin1String(c.name),
-                                                settings->property(c.property).toString())));
-            QCOMPARE(changed.count(), 2);
-            // The change is on its way to disk at once, not on close.
-            QVERIFY2(store->values.contains(QLatin1String(c.property)), c.name);
-        }
+        QTest::keyClick(control.get(), Qt::Key(key));
+        QCOMPARE(settings->property(name.constData()), storedAfterUser);
+        QCOMPARE(changed.count(), 2);
+        // The change is on its way to disk at once, not on close.
+        QVERIFY(store->values.contains(property));
     }
 
     // One call binds every named control under a page; unnamed and unrelated controls are left
