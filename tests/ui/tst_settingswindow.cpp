@@ -1,5 +1,6 @@
 #include "fakes/SettingsFixture.h"
 #include "model/AppSettings.h"
+#include "system/HotKeyService.h"
 #include "ui/settings/SettingsSelection.h"
 #include "ui/settings/SettingsWindow.h"
 #include "ui/settings/WheelGuard.h"
@@ -40,6 +41,11 @@ QList<QWidget*> controls(SettingsWindow* window) {
 
 bool isSettingName(const QString& name) {
     return AppSettings::staticMetaObject.indexOfProperty(name.toLatin1().constData()) >= 0;
+}
+
+// What a control shows: its text, its tick, its value.
+QVariant shownValue(QWidget* control) {
+    return control->metaObject()->userProperty().read(control);
 }
 
 void sendWheel(QWidget* target, int steps) {
@@ -136,65 +142,44 @@ private slots:
     }
 
     // Over a control without focus the wheel scrolls the page; once focused, it changes it.
-    void wheelScrollsPastUnfocusedControls_data() {
-        QTest::addColumn<QString>("kind");
-        QTest::newRow("combo box") << u"combo"_s;
-        QTest::newRow("slider") << u"slider"_s;
-        QTest::newRow("spin box") << u"spin"_s;
-    }
     void wheelScrollsPastUnfocusedControls() {
-        QFETCH(QString, kind);
         QScrollArea area;
         area.resize(300, 200);
         auto* page = new QWidget;
         page->setMinimumHeight(2000);
         auto* layout = new QVBoxLayout(page);
-        QWidget* control = nullptr;
-        const auto value = [&] {
-            if (auto* combo = qobject_cast<QComboBox*>(control)) {
-                return combo->currentIndex();
-            }
-            if (auto* slider = qobject_cast<QSlider*>(control)) {
-                return slider->value();
-            }
-            return static_cast<QSpinBox*>(control)->value();
-        };
         area.setWidget(page);
         WheelGuard guard;
         guard.guard(page);
         // Added after the guard, as a new row would be.
-        if (kind == u"combo"_s) {
-            auto* combo = new QComboBox;
-            combo->addItems({u"a"_s, u"b"_s, u"c"_s});
-            combo->setCurrentIndex(1);
-            control = combo;
-        } else if (kind == u"slider"_s) {
-            auto* slider = new QSlider(Qt::Horizontal);
-            slider->setValue(50);
-            control = slider;
-        } else {
-            auto* spin = new QSpinBox;
-            spin->setValue(50);
-            control = spin;
+        auto* combo = new QComboBox;
+        combo->addItems({u"a"_s, u"b"_s, u"c"_s});
+        combo->setCurrentIndex(1);
+        auto* slider = new QSlider(Qt::Horizontal);
+        slider->setValue(50);
+        auto* spin = new QSpinBox;
+        spin->setValue(50);
+        const QList<QWidget*> wheeled{combo, slider, spin};
+        for (QWidget* widget : wheeled) {
+            layout->addWidget(widget);
         }
-        layout->addWidget(control);
         auto* elsewhere = new QLineEdit;
         layout->addWidget(elsewhere);
         area.show();
         area.activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(&area));
 
-        elsewhere->setFocus();
-        QVERIFY(!control->hasFocus());
-        const int before = value();
-        sendWheel(control, 1);
-        QCOMPARE(value(), before);
-        QVERIFY(area.verticalScrollBar()->value() > 0);
-
-        control->setFocus();
-        QVERIFY(control->hasFocus());
-        sendWheel(control, -1);
-        QVERIFY(value() != before);
+        for (QWidget* control : wheeled) {
+            const QVariant before = shownValue(control);
+            elsewhere->setFocus();
+            area.verticalScrollBar()->setValue(0);
+            sendWheel(control, 1);
+            QCOMPARE(shownValue(control), before);
+            QVERIFY(area.verticalScrollBar()->value() > 0);
+            control->setFocus();
+            sendWheel(control, -1);
+            QVERIFY2(shownValue(control) != before, control->metaObject()->className());
+        }
     }
 
     // Every control tied to a setting shows a change made elsewhere, and a change made in it
@@ -223,30 +208,11 @@ private slots:
         }
         AppSettings& settings = fixture.settings();
         const QByteArray name = property.toLatin1();
-        const auto shown = [control]() -> QVariant {
-            if (auto* combo = qobject_cast<QComboBox*>(control)) {
-                return combo->currentIndex();
-            }
-            if (auto* button = qobject_cast<QAbstractButton*>(control)) {
-                return button->isChecked();
-            }
-            return control->property("value");
-        };
-        const auto show = [control](const QVariant& value) {
-            if (auto* combo = qobject_cast<QComboBox*>(control)) {
-                combo->setCurrentIndex(value.toInt());
-            } else if (auto* button = qobject_cast<QAbstractButton*>(control)) {
-                button->setChecked(value.toBool());
-            } else {
-                control->setProperty("value", value);
-            }
-        };
         QVERIFY(settings.setProperty(name.constData(), first));
-        const QVariant shownFirst = shown();
+        const QVariant shownFirst = shownValue(control);
         QVERIFY(settings.setProperty(name.constData(), second));
-        const QVariant shownSecond = shown();
-        QVERIFY2(shownFirst != shownSecond, "the control does not follow the setting");
-        show(shownFirst);
+        QVERIFY2(shownFirst != shownValue(control), "the control does not follow the setting");
+        control->metaObject()->userProperty().write(control, shownFirst);
         QCOMPARE(settings.property(name.constData()), first);
     }
 
@@ -266,23 +232,40 @@ private slots:
         }
     }
 
-    // Every control says what it is to a screen reader, and Tab walks the window top to
-    // bottom, left to right.
-    void accessibleNamesAndTabOrder_data() {
+    // Each page, filled in, fits the window's width; every control says what it is to a screen
+    // reader, and Tab walks the window top to bottom, left to right.
+    void filledPagesFitAndReadInOrder_data() {
         QTest::addColumn<SettingsTab>("tab");
         for (const SettingsTab tab : allCases<SettingsTab>()) {
             QTest::newRow(qPrintable(rawValue(tab))) << tab;
         }
     }
-    void accessibleNamesAndTabOrder() {
+    void filledPagesFitAndReadInOrder() {
         QFETCH(SettingsTab, tab);
         SettingsFixture fixture;
+        AppSettings& settings = fixture.settings();
         fixture.launch(40, u"Mail"_s, u"org.gnome.Evolution"_s);
         fixture.launch(41, u"Terminal"_s, std::nullopt);
-        fixture.settings().setExcludedBundleIDs({u"org.gnome.Evolution"_s, u"gone.app"_s});
+        settings.setExcludedBundleIDs({u"org.gnome.Evolution"_s, u"gone.app"_s});
+        settings.setAppRules({{u"org.gnome.Evolution"_s, u"Mail"_s, AppRule::Action::quit, 30},
+                              {u"org.chat"_s, u"Chat"_s, AppRule::Action::hide, 7}});
+        settings.setIdleQuitEnabled(true);
+        settings.setQuitWarningStyle(QuitWarningStyle::window);
+        ShutdownSchedule wake;
+        wake.action = ShutdownSchedule::Action::wake;
+        wake.days = {ShutdownSchedule::Weekday::monday, ShutdownSchedule::Weekday::tuesday};
+        ShutdownSchedule skipped; // out of range and switched off
+        skipped.hour = 25;
+        skipped.isEnabled = false;
+        settings.setShutdownSchedules({ShutdownSchedule{}, wake, skipped});
+        settings.setDisabledShortcutIDs({u"restart"_s});
+        fixture.fake.hotKeys->held = {HotKeyService::hotKeyId(AppCommand::shutDown)};
+        fixture.delegate.hotKeyService().registerHotKeys(settings.enabledGlobalCommands());
         fixture.windows().show(tab);
         SettingsWindow* window = fixture.windows().window();
         QVERIFY(QTest::qWaitForWindowExposed(window));
+        const int needs = window->page(tab)->minimumSizeHint().width();
+        QVERIFY2(needs <= 560, qPrintable(u"needs %1 px"_s.arg(needs)));
 
         QList<QWidget*> chain;
         QWidget* start = window->findChild<QWidget*>(u"tab-about"_s);
