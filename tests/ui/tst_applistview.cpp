@@ -106,6 +106,8 @@ private slots:
         QCOMPARE(page(), u"empty"_s);
         QCOMPARE(child<QLabel>("emptyText")->text(), u"Loading…"_s);
         QCOMPARE(count(), u"0 / 0"_s);
+        QVERIFY(!child<QCheckBox>("selectAll")->isChecked());
+        QVERIFY(!child<QPushButton>("quitSelected")->isEnabled());
         f->launch(10, u"Mail"_s);
         QCOMPARE(page(), u"apps"_s);
         QTest::keyClicks(child<QLineEdit>("search"), u"zz"_s);
