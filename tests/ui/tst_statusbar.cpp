@@ -63,14 +63,6 @@ private slots:
         QTest::addColumn<bool>("macOS");
         QTest::addColumn<QStringList>("lines");
         const QStringList linuxTail{u"---"_s, u"Quit Vantle Ctrl+Q"_s};
-        QTest::newRow("linux, all keys") << QStringList() << QSet<AppCommand>() << false
-                                         << QStringList{u"Show Running Apps"_s,
-                                                        u"---"_s,
-                                                        u"Quit All Apps Ctrl+Alt+Super+Q"_s,
-                                                        u"Sleep Ctrl+Alt+Super+S"_s,
-                                                        u"Restart Ctrl+Alt+Super+R"_s,
-                                                        u"Shut Down Ctrl+Alt+Super+D"_s} +
-                                                linuxTail;
         QTest::newRow("switched off and unclaimable keys are not shown")
             << QStringList{u"sleep"_s} << QSet<AppCommand>{AppCommand::restart} << false
             << QStringList{u"Show Running Apps"_s,
