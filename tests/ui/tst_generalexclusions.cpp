@@ -24,33 +24,28 @@ class TestGeneralExclusions : public QObject {
     Q_OBJECT
 
 private slots:
-    // The switch registers the login item; a refusal is logged and the switch goes back.
-    void launchAtLoginFollowsTheLoginItem() {
-        SettingsFixture fixture;
-        GeneralTab tab(fixture.context());
-        auto* toggle = tab.findChild<QCheckBox*>(u"launchAtLogin"_s);
-        toggle->click();
-        QVERIFY(fixture.fake.loginItem->registered);
-        QVERIFY(fixture.settings().launchAtLogin());
-        toggle->click();
-        QVERIFY(!fixture.fake.loginItem->registered);
-
-        fixture.fake.loginItem->failRegistration = true;
-        LogCapture log;
-        toggle->click();
-        QCOMPARE(log.count(u"Launch at login failed: refused"_s), 1);
-        QVERIFY(!toggle->isChecked());
-        QVERIFY(!fixture.settings().launchAtLogin());
-    }
-
-    // Tray-only apps are named as a Linux user knows them.
-    void generalTabSpeaksOfTheTray() {
+    // Tray-only apps are named as a Linux user knows them. The login switch registers the login
+    // item; a refusal is logged and the switch goes back.
+    void generalTab() {
         SettingsFixture fixture;
         GeneralTab tab(fixture.context());
         QCOMPARE(tab.findChild<QCheckBox*>(u"protectMenuBarApps"_s)->text(),
                  u"Protect tray-only apps from auto-quit"_s);
         QVERIFY(!tab.findChild<QWidget*>(u"showInDock"_s));
         QVERIFY(!tab.findChild<QWidget*>(u"dockIconStyle"_s));
+
+        auto* toggle = tab.findChild<QCheckBox*>(u"launchAtLogin"_s);
+        toggle->click();
+        QVERIFY(fixture.fake.loginItem->registered);
+        QVERIFY(fixture.settings().launchAtLogin());
+        toggle->click();
+        QVERIFY(!fixture.fake.loginItem->registered);
+        fixture.fake.loginItem->failRegistration = true;
+        LogCapture log;
+        toggle->click();
+        QCOMPARE(log.count(u"Launch at login failed: refused"_s), 1);
+        QVERIFY(!toggle->isChecked());
+        QVERIFY(!fixture.settings().launchAtLogin());
     }
 
     // Running apps with their switches, and the excluded ones that are not running.
