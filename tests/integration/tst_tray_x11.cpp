@@ -4,6 +4,7 @@
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QHash>
 #include <QRect>
 #include <QStandardPaths>
 #include <QTest>
@@ -43,21 +44,14 @@ class TestTrayX11 : public QObject {
         return QString::fromLatin1(process.readAllStandardOutput()).trimmed();
     }
     QRect geometry(const QString& window) const {
-        QRect rect;
+        QHash<QString, int> shell; // X=, Y=, WIDTH=, HEIGHT= lines
         for (const QString& line :
              xdotool({u"getwindowgeometry"_s, u"--shell"_s, window}).split(QLatin1Char('\n'))) {
-            const QString value = line.section(QLatin1Char('='), 1);
-            if (line.startsWith(u"X="_s)) {
-                rect.moveLeft(value.toInt());
-            } else if (line.startsWith(u"Y="_s)) {
-                rect.moveTop(value.toInt());
-            } else if (line.startsWith(u"WIDTH="_s)) {
-                rect.setWidth(value.toInt());
-            } else if (line.startsWith(u"HEIGHT="_s)) {
-                rect.setHeight(value.toInt());
-            }
+            shell.insert(line.section(QLatin1Char('='), 0, 0),
+                         line.section(QLatin1Char('='), 1).toInt());
         }
-        return rect;
+        return {shell.value(u"X"_s), shell.value(u"Y"_s), shell.value(u"WIDTH"_s),
+                shell.value(u"HEIGHT"_s)};
     }
     // Vantle's visible windows, the tray icon (small) or the list (large).
     QRect vantleWindow(bool list) const {
