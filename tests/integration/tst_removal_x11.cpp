@@ -27,20 +27,11 @@ const QString kRemovalFailed =
 
 const QString kEvent = u"wake|11/17/98 07:30:00"_s;
 
-bool writeScript(const QString& path, const QString& text) {
+bool writeFile(const QString& path, const QByteArray& contents, bool executable = false) {
     QDir().mkpath(QFileInfo(path).absolutePath());
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(text.toUtf8()) < 0) {
-        return false;
-    }
-    file.close();
-    return file.setPermissions(file.permissions() | QFileDevice::ExeOwner);
-}
-
-bool writeFile(const QString& path, const QByteArray& contents) {
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size();
+    return file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size() &&
+           (!executable || file.setPermissions(file.permissions() | QFileDevice::ExeOwner));
 }
 
 // Every file and link under `folder`, relative to it.
@@ -95,10 +86,12 @@ private slots:
         QVERIFY(m_machine.isValid());
         m_pkexec = m_machine.filePath(u"bin/pkexec"_s);
         // Records that it was asked; 0 runs the command (as this user), 126 is a dismissed dialog.
-        QVERIFY(writeScript(m_pkexec, u"#!/bin/sh\n"
-                                      u"echo \"$*\" >> \"$(dirname \"$0\")/asked\"\n"
-                                      u"[ \"$FAKE_PKEXEC_EXIT\" = 0 ] && exec \"$@\"\n"
-                                      u"exit \"$FAKE_PKEXEC_EXIT\"\n"_s));
+        QVERIFY(writeFile(m_pkexec,
+                          "#!/bin/sh\n"
+                          "echo \"$*\" >> \"$(dirname \"$0\")/asked\"\n"
+                          "[ \"$FAKE_PKEXEC_EXIT\" = 0 ] && exec \"$@\"\n"
+                          "exit \"$FAKE_PKEXEC_EXIT\"\n",
+                          true));
     }
 
     void init() {
@@ -109,8 +102,11 @@ private slots:
         m_rule = base + u"/sudoers.d/vantle-power"_s;
         m_tool = base + u"/tool/vantle-power"_s;
         QFile::remove(m_machine.filePath(u"bin/asked"_s));
-        QVERIFY(writeScript(m_tool, u"#!/bin/sh\nexec '%1' --root '%2' \"$@\"\n"_s.arg(
-                                        QStringLiteral(VANTLE_POWER_BINARY), m_root)));
+        QVERIFY(writeFile(m_tool,
+                          u"#!/bin/sh\nexec '%1' --root '%2' \"$@\"\n"_s
+                              .arg(QStringLiteral(VANTLE_POWER_BINARY), m_root)
+                              .toUtf8(),
+                          true));
         QVERIFY(QDir().mkpath(m_root + u"/run/systemd/system"_s));
         QVERIFY(writeFile(m_root + u"/sys/class/rtc/rtc0/wakealarm"_s, "0\n"));
         qputenv("HOME", m_home.toLocal8Bit());

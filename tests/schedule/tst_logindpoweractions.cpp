@@ -14,10 +14,11 @@
 #include <memory>
 
 using namespace vantle;
+using namespace Qt::StringLiterals;
 using vantle::testing::MockedBus;
 
 namespace {
-const QString kLogin1 = QStringLiteral("org.freedesktop.login1");
+const QString kLogin1 = u"org.freedesktop.login1"_s;
 
 // Stands in for GNOME's session manager.
 class FakeGnomeSession : public QObject {
@@ -28,8 +29,8 @@ public:
     QStringList calls;
 
 public slots:
-    void Reboot() { calls.append(QStringLiteral("Reboot")); }
-    void Shutdown() { calls.append(QStringLiteral("Shutdown")); }
+    void Reboot() { calls.append(u"Reboot"_s); }
+    void Shutdown() { calls.append(u"Shutdown"_s); }
 };
 } // namespace
 
@@ -51,22 +52,13 @@ private:
     std::unique_ptr<MockedBus> m_bus;
     bool m_appsRunning = false;
 
-    void startLogind(const QString& parameters = QStringLiteral("{}")) {
-        QVERIFY(m_bus->start(QStringLiteral("logind"), kLogin1,
-                             {QStringLiteral("--session"), QStringLiteral("-p"), parameters}));
-    }
-
-    QDBusMessage mock(const QString& method, const QVariantList& arguments) const {
-        QDBusMessage call =
-            QDBusMessage::createMethodCall(kLogin1, QStringLiteral("/org/freedesktop/login1"),
-                                           QStringLiteral("org.freedesktop.DBus.Mock"), method);
-        call.setArguments(arguments);
-        return m_bus->connection().call(call, QDBus::Block, 5'000);
+    void startLogind(const QString& parameters = u"{}"_s) {
+        QVERIFY(m_bus->start(u"logind"_s, kLogin1, {u"--session"_s, u"-p"_s, parameters}));
     }
 
     // The arguments of every call of `method` logind received.
     QList<QVariantList> calls(const QString& method) const {
-        return m_bus->calls(kLogin1, QStringLiteral("/org/freedesktop/login1"), method);
+        return m_bus->calls(kLogin1, u"/org/freedesktop/login1"_s, method);
     }
 
     std::unique_ptr<LogindPowerActions> makeActions() {
@@ -74,16 +66,17 @@ private:
     }
     // One app was asked to quit; it has gone unless m_appsRunning.
     QList<RunningApplicationRef> askedToQuit() const {
-        auto app =
-            std::make_shared<FakeRunningApplication>(4242, QStringLiteral("Editor"), std::nullopt);
+        auto app = std::make_shared<FakeRunningApplication>(4242, u"Editor"_s, std::nullopt);
         app->terminated = !m_appsRunning;
         return {app};
     }
 
     void prepareForSleep(bool goingToSleep) {
-        mock(QStringLiteral("EmitSignal"),
-             {QStringLiteral("org.freedesktop.login1.Manager"), QStringLiteral("PrepareForSleep"),
-              QStringLiteral("b"), QVariantList{QVariant::fromValue(QDBusVariant(goingToSleep))}});
+        QDBusMessage call = QDBusMessage::createMethodCall(
+            kLogin1, u"/org/freedesktop/login1"_s, u"org.freedesktop.DBus.Mock"_s, u"EmitSignal"_s);
+        call.setArguments({u"org.freedesktop.login1.Manager"_s, u"PrepareForSleep"_s, u"b"_s,
+                           QVariantList{QVariant::fromValue(QDBusVariant(goingToSleep))}});
+        m_bus->connection().call(call, QDBus::Block, 5'000);
     }
 
 private slots:
@@ -100,12 +93,9 @@ private slots:
         actions->sleep();
         actions->restart(askedToQuit());
         actions->shutDown(askedToQuit());
-        QTRY_COMPARE_WITH_TIMEOUT(calls(QStringLiteral("PowerOff")), QList<QVariantList>({{true}}),
-                                  10'000);
-        QTRY_COMPARE_WITH_TIMEOUT(calls(QStringLiteral("Reboot")), QList<QVariantList>({{true}}),
-                                  10'000);
-        QTRY_COMPARE_WITH_TIMEOUT(calls(QStringLiteral("Suspend")), QList<QVariantList>({{true}}),
-                                  10'000);
+        QTRY_COMPARE_WITH_TIMEOUT(calls(u"PowerOff"_s), QList<QVariantList>({{true}}), 10'000);
+        QTRY_COMPARE_WITH_TIMEOUT(calls(u"Reboot"_s), QList<QVariantList>({{true}}), 10'000);
+        QTRY_COMPARE_WITH_TIMEOUT(calls(u"Suspend"_s), QList<QVariantList>({{true}}), 10'000);
     }
 
     void refusalsAndRunningAppsStopTheAction() {
@@ -116,32 +106,30 @@ private slots:
         actions->sleep();
         actions->restart(askedToQuit());
         actions->shutDown(askedToQuit());
-        QTRY_COMPARE_WITH_TIMEOUT(log.count(QStringLiteral("still running")), 2, 10'000);
-        QTRY_COMPARE_WITH_TIMEOUT(log.count(QStringLiteral("CanSuspend answers \"na\"")), 1,
-                                  10'000);
-        QCOMPARE(calls(QStringLiteral("CanReboot")).size(), 0);
-        QCOMPARE(calls(QStringLiteral("CanPowerOff")).size(), 0);
-        QCOMPARE(calls(QStringLiteral("Suspend")).size(), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(log.count(u"still running"_s), 2, 10'000);
+        QTRY_COMPARE_WITH_TIMEOUT(log.count(u"CanSuspend answers \"na\""_s), 1, 10'000);
+        QCOMPARE(calls(u"CanReboot"_s).size(), 0);
+        QCOMPARE(calls(u"CanPowerOff"_s).size(), 0);
+        QCOMPARE(calls(u"Suspend"_s).size(), 0);
     }
 
     void sessionManagerTakesOverRestartAndShutDown() {
         startLogind();
         FakeGnomeSession gnome;
-        QDBusConnection gnomeBus =
-            QDBusConnection::connectToBus(m_bus->address(), QStringLiteral("fake-gnome"));
-        QVERIFY(gnomeBus.registerObject(QStringLiteral("/org/gnome/SessionManager"), &gnome,
+        QDBusConnection gnomeBus = QDBusConnection::connectToBus(m_bus->address(), u"fake-gnome"_s);
+        QVERIFY(gnomeBus.registerObject(u"/org/gnome/SessionManager"_s, &gnome,
                                         QDBusConnection::ExportAllSlots));
-        QVERIFY(gnomeBus.registerService(QStringLiteral("org.gnome.SessionManager")));
+        QVERIFY(gnomeBus.registerService(u"org.gnome.SessionManager"_s));
         m_appsRunning = true; // the session manager lets them save, so this must not stop it
         auto actions = makeActions();
         actions->restart(askedToQuit());
         actions->shutDown(askedToQuit());
         QTRY_COMPARE_WITH_TIMEOUT(gnome.calls.size(), 2, 10'000);
-        QCOMPARE(gnome.calls.at(0), QStringLiteral("Reboot"));
-        QCOMPARE(gnome.calls.at(1), QStringLiteral("Shutdown"));
-        QCOMPARE(calls(QStringLiteral("Reboot")).size(), 0);
-        QCOMPARE(calls(QStringLiteral("PowerOff")).size(), 0);
-        QDBusConnection::disconnectFromBus(QStringLiteral("fake-gnome"));
+        QCOMPARE(gnome.calls.at(0), u"Reboot"_s);
+        QCOMPARE(gnome.calls.at(1), u"Shutdown"_s);
+        QCOMPARE(calls(u"Reboot"_s).size(), 0);
+        QCOMPARE(calls(u"PowerOff"_s).size(), 0);
+        QDBusConnection::disconnectFromBus(u"fake-gnome"_s);
     }
 
     void onlyTheEndOfSleepIsAWake() {
@@ -150,10 +138,9 @@ private slots:
         QSignalSpy woke(&watcher, &LogindSleepWatcher::didWake);
         // Signals arrive in order: once the third is seen, the first two have been handled.
         SignalCounter counter;
-        QVERIFY(m_bus->connection().connect(kLogin1, QStringLiteral("/org/freedesktop/login1"),
-                                            QStringLiteral("org.freedesktop.login1.Manager"),
-                                            QStringLiteral("PrepareForSleep"), &counter,
-                                            SLOT(count())));
+        QVERIFY(m_bus->connection().connect(kLogin1, u"/org/freedesktop/login1"_s,
+                                            u"org.freedesktop.login1.Manager"_s,
+                                            u"PrepareForSleep"_s, &counter, SLOT(count())));
         prepareForSleep(true);
         prepareForSleep(false);
         prepareForSleep(true);

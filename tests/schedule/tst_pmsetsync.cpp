@@ -13,18 +13,19 @@
 #include "schedule/PrivilegedRunner.h"
 
 #include <QTest>
+#include <memory>
 
 using namespace vantle;
+using namespace Qt::StringLiterals;
 using Action = ShutdownSchedule::Action;
 using Weekday = ShutdownSchedule::Weekday;
 
 namespace {
 
-const QString kRule = QStringLiteral("/etc/sudoers.d/vantle-pmset");
-const QString kTuesdayWake = QStringLiteral("wake|11/17/26 07:30:00");
-const QString kScheduleTuesdayWake =
-    QStringLiteral("/usr/bin/pmset schedule wake '11/17/26 07:30:00'");
-const QString kListing = QStringLiteral("/usr/bin/pmset -g sched");
+const QString kRule = u"/etc/sudoers.d/vantle-pmset"_s;
+const QString kTuesdayWake = u"wake|11/17/26 07:30:00"_s;
+const QString kScheduleTuesdayWake = u"/usr/bin/pmset schedule wake '11/17/26 07:30:00'"_s;
+const QString kListing = u"/usr/bin/pmset -g sched"_s;
 
 AlertResponse answer(int button, bool checked = false) {
     return {.button = button, .checkBoxChecked = checked};
@@ -36,9 +37,9 @@ struct Rig {
     explicit Rig(QList<ShutdownSchedule> schedules = {}, bool linux = false)
         : onLinux(linux) {
         settings.setShutdownSchedules(std::move(schedules));
-        store.setObject(QStringLiteral("didAdoptPmsetEntries"), true);
+        store.setObject(u"didAdoptPmsetEntries"_s, true);
     }
-    void sync() { pmset.sync(&settings); }
+    void sync() { pmset->sync(&settings); }
     const ProductTexts& texts() const {
         return onLinux ? ProductTexts::linuxDesktop() : ProductTexts::macOS();
     }
@@ -52,10 +53,11 @@ struct Rig {
     FakeScriptRunner scripts;
     FakeAlerts alerts;
     PrivilegedRunner runner{scripts, alerts,
-                            onLinux ? PowerSchedulerTool::linuxTool(QStringLiteral("/usr/libexec"))
+                            onLinux ? PowerSchedulerTool::linuxTool(u"/usr/libexec"_s)
                                     : PowerSchedulerTool::macOS(),
-                            texts(), QStringLiteral("ada")};
-    PmsetSync pmset{clock, executor, scripts, runner, store};
+                            texts(), u"ada"_s};
+    std::unique_ptr<PmsetSync> pmset =
+        std::make_unique<PmsetSync>(clock, executor, scripts, runner, store);
     LogCapture log;
 };
 using InlineRig = Rig<InlineExecutor>;
@@ -68,14 +70,14 @@ class TestPmsetSync : public QObject {
 private slots:
     void nothingToScheduleRunsNothing() {
         InlineRig rig({schedule(Action::sleep, {Weekday::monday}, 23, 0)});
-        rig.settings.setPmsetRegistered({QStringLiteral("stale")});
+        rig.settings.setPmsetRegistered({u"stale"_s});
         rig.settings.setPmsetRegistered({});
         rig.sync();
         QVERIFY(rig.scripts.plainRuns.isEmpty());
         QVERIFY(rig.scripts.administratorRuns.isEmpty());
         QVERIFY(rig.alerts.shown.isEmpty());
         QVERIFY(rig.settings.pmsetRegistered().isEmpty());
-        QVERIFY(!rig.pmset.syncInFlight());
+        QVERIFY(!rig.pmset->syncInFlight());
     }
 
     // The first sync asks for the password once per launch, registers and remembers the events;
@@ -90,8 +92,6 @@ private slots:
                  ProductTexts::macOS().schedulerPasswordExplanation);
         QCOMPARE(rig.scripts.administratorRuns, QStringList{kScheduleTuesdayWake});
         QCOMPARE(rig.settings.pmsetRegistered(), QStringList{kTuesdayWake});
-        QCOMPARE(rig.store.stringArrayValue(QStringLiteral("pmsetRegistered")),
-                 QStringList{kTuesdayWake});
 
         rig.sync();
         QCOMPARE(rig.scripts.administratorRuns.size(), 1);
@@ -102,7 +102,7 @@ private slots:
         rig.sync();
         QCOMPARE(rig.alerts.shown.size(), 1);
         QCOMPARE(rig.scripts.administratorRuns.last(),
-                 QStringLiteral("/usr/bin/pmset schedule cancel wake '11/17/26 07:30:00' || true"));
+                 u"/usr/bin/pmset schedule cancel wake '11/17/26 07:30:00' || true"_s);
         QVERIFY(rig.settings.pmsetRegistered().isEmpty());
     }
 
@@ -114,14 +114,13 @@ private slots:
         QTest::newRow("explanation cancelled")
             << 1 << ScriptOutcome::success() << QString() << false;
         QTest::newRow("password prompt cancelled")
-            << 0 << ScriptOutcome::failure(-128, QStringLiteral("User canceled."))
-            << QStringLiteral("Vantle: pmset sync failed: User canceled. (-128)") << false;
-        QTest::newRow("script failed")
-            << 0 << ScriptOutcome::failure(1, std::nullopt)
-            << QStringLiteral("Vantle: pmset sync failed: no message (1)") << false;
+            << 0 << ScriptOutcome::failure(-128, u"User canceled."_s)
+            << u"Vantle: pmset sync failed: User canceled. (-128)"_s << false;
+        QTest::newRow("script failed") << 0 << ScriptOutcome::failure(1, std::nullopt)
+                                       << u"Vantle: pmset sync failed: no message (1)"_s << false;
         QTest::newRow("Linux names its own scheduler")
-            << 0 << ScriptOutcome::failure(127, QStringLiteral("Not authorized"))
-            << QStringLiteral("Vantle: vantle-power sync failed: Not authorized (127)") << true;
+            << 0 << ScriptOutcome::failure(127, u"Not authorized"_s)
+            << u"Vantle: vantle-power sync failed: Not authorized (127)"_s << true;
     }
     void cancelledOrFailedRunKeepsTheRegisteredEvents() {
         QFETCH(int, button);
@@ -136,38 +135,34 @@ private slots:
         QCOMPARE(rig.scripts.administratorRuns.size(), button == 0 ? 1 : 0);
         QCOMPARE(rig.settings.pmsetRegistered(), QStringList{kTuesdayWake});
         QCOMPARE(rig.log.lines, logged.isEmpty() ? QStringList{} : QStringList{logged});
-        QVERIFY(!rig.pmset.syncInFlight());
+        QVERIFY(!rig.pmset->syncInFlight());
     }
 
     // With the rule in place every command goes through sudo -n in one plain script.
     void passwordlessPath() {
         InlineRig rig({schedule(Action::wake, {Weekday::tuesday}, 7, 30)});
         rig.settings.setPmsetAlwaysAllow(true);
-        rig.settings.setPmsetRegistered(
-            {QStringLiteral("wake|"), QStringLiteral("restart|11/16/26 03:00:00")});
+        rig.settings.setPmsetRegistered({u"wake|"_s, u"restart|11/16/26 03:00:00"_s});
         rig.scripts.existingFiles.insert(kRule);
         rig.sync();
         QVERIFY(rig.alerts.shown.isEmpty());
         QVERIFY(rig.scripts.administratorRuns.isEmpty());
-        QCOMPARE(
-            rig.scripts.plainRuns,
-            QStringList{
-                QStringLiteral(
-                    "/usr/bin/sudo -n /usr/bin/pmset schedule cancel restart '11/16/26 03:00:00' "
-                    "|| true; /usr/bin/sudo -n ") +
-                kScheduleTuesdayWake});
+        QCOMPARE(rig.scripts.plainRuns,
+                 QStringList{
+                     u"/usr/bin/sudo -n /usr/bin/pmset schedule cancel restart '11/16/26 03:00:00' "
+                     u"|| true; /usr/bin/sudo -n "_s +
+                     kScheduleTuesdayWake});
         QCOMPARE(rig.settings.pmsetRegistered(), QStringList{kTuesdayWake});
         QVERIFY(rig.settings.pmsetAlwaysAllow());
 
         rig.clock.setNow(QDateTime(QDate(2026, 11, 17), QTime(8, 0)));
         rig.scripts.plainOutcome = [](const QString&) {
-            return ScriptOutcome::failure(1, QStringLiteral("sudo: a password is required"));
+            return ScriptOutcome::failure(1, u"sudo: a password is required"_s);
         };
         rig.sync();
         QCOMPARE(rig.settings.pmsetRegistered(), QStringList{kTuesdayWake});
         QCOMPARE(rig.log.lines,
-                 QStringList{QStringLiteral(
-                     "Vantle: pmset sync failed: sudo: a password is required (1)")});
+                 QStringList{u"Vantle: pmset sync failed: sudo: a password is required (1)"_s});
     }
 
     // Who turns Always Allow on or off at the end of a run, including the kept quirk: a run
@@ -203,54 +198,51 @@ private slots:
         rig.sync();
         QCOMPARE(rig.scripts.administratorRuns.size(), 1);
         const QString body = rig.scripts.administratorRuns.first();
-        QCOMPARE(body.startsWith(QStringLiteral("tmp=$(mktemp /tmp/vantle-pmset.XXXXXX)\n")),
-                 tickBox);
+        QCOMPARE(body.startsWith(u"tmp=$(mktemp /tmp/vantle-pmset.XXXXXX)\n"_s), tickBox);
         QVERIFY(body.endsWith(QLatin1Char('\n') + kScheduleTuesdayWake) || !tickBox);
         QCOMPARE(rig.settings.pmsetAlwaysAllow(), settingAfter);
-        QCOMPARE(rig.log.count(QStringLiteral(
-                     "Vantle: Always Allow was on but /etc/sudoers.d/vantle-pmset is gone; "
-                     "turning it off")),
-                 loggedGone ? 1 : 0);
+        QCOMPARE(
+            rig.log.count(u"Vantle: Always Allow was on but /etc/sudoers.d/vantle-pmset is gone; "
+                          u"turning it off"_s),
+            loggedGone ? 1 : 0);
     }
 
     // Events left by an earlier installation are read once and cancelled with the rest.
     void adoptsTheSchedulersEventsOnce() {
         InlineRig rig({schedule(Action::wake, {Weekday::tuesday}, 7, 30)});
-        rig.store.removeObject(QStringLiteral("didAdoptPmsetEntries"));
+        rig.store.removeObject(u"didAdoptPmsetEntries"_s);
         rig.scripts.plainOutcome = [](const QString& script) {
             return script == kListing
-                       ? ScriptOutcome::success(QStringLiteral(
-                             " [0]  poweron at 11/20/2026 06:00:00 by 'pmset'\n"
-                             " [1]  wake at 11/17/2026 07:30:00 by 'someone else'\n"))
+                       ? ScriptOutcome::success(
+                             u" [0]  poweron at 11/20/2026 06:00:00 by 'pmset'\n"
+                             u" [1]  wake at 11/17/2026 07:30:00 by 'someone else'\n"_s)
                        : ScriptOutcome::success();
         };
         rig.alerts.answer = answer(1);
         rig.sync();
-        QVERIFY(rig.store.boolValue(QStringLiteral("didAdoptPmsetEntries")));
+        QVERIFY(rig.store.boolValue(u"didAdoptPmsetEntries"_s));
         QCOMPARE(rig.scripts.plainRuns, QStringList{kListing});
         // Cancelled prompt: the adopted event is kept, so a later run still cancels it.
-        QCOMPARE(rig.settings.pmsetRegistered(),
-                 QStringList{QStringLiteral("poweron|11/20/26 06:00:00")});
+        QCOMPARE(rig.settings.pmsetRegistered(), QStringList{u"poweron|11/20/26 06:00:00"_s});
 
         rig.alerts.answer = answer(0);
         rig.runner.pmsetPasswordExplanation();
         rig.sync();
         QCOMPARE(rig.scripts.plainRuns.size(), 1);
-        QCOMPARE(rig.scripts.administratorRuns,
-                 QStringList{
-                     QStringLiteral(
-                         "/usr/bin/pmset schedule cancel poweron '11/20/26 06:00:00' || true; ") +
-                     kScheduleTuesdayWake});
+        QCOMPARE(
+            rig.scripts.administratorRuns,
+            QStringList{u"/usr/bin/pmset schedule cancel poweron '11/20/26 06:00:00' || true; "_s +
+                        kScheduleTuesdayWake});
     }
 
     void noAdoptionWhenEventsAreAlreadyRegistered() {
         InlineRig rig;
-        rig.store.removeObject(QStringLiteral("didAdoptPmsetEntries"));
+        rig.store.removeObject(u"didAdoptPmsetEntries"_s);
         rig.settings.setPmsetRegistered({kTuesdayWake});
         rig.alerts.answer = answer(0);
         rig.sync();
         QVERIFY(!rig.scripts.plainRuns.contains(kListing));
-        QVERIFY(rig.store.boolValue(QStringLiteral("didAdoptPmsetEntries")));
+        QVERIFY(rig.store.boolValue(u"didAdoptPmsetEntries"_s));
         QVERIFY(rig.settings.pmsetRegistered().isEmpty());
     }
 
@@ -260,44 +252,34 @@ private slots:
         Rig<ManualExecutor> rig({schedule(Action::wake, {Weekday::tuesday}, 7, 30)});
         rig.alerts.answer = answer(0);
         rig.sync();
-        QVERIFY(rig.pmset.syncInFlight());
+        QVERIFY(rig.pmset->syncInFlight());
         rig.sync();
-        QVERIFY(rig.pmset.resyncRequested());
+        QVERIFY(rig.pmset->resyncRequested());
         rig.settings.setShutdownSchedules({schedule(Action::restart, {Weekday::tuesday}, 3, 0)});
         rig.sync();
         QCOMPARE(rig.executor.pending.size(), 1);
 
         QVERIFY(rig.executor.runNext());
-        QVERIFY(rig.pmset.syncInFlight());
-        QVERIFY(!rig.pmset.resyncRequested());
+        QVERIFY(rig.pmset->syncInFlight());
+        QVERIFY(!rig.pmset->resyncRequested());
         QVERIFY(rig.executor.runNext());
         QVERIFY(!rig.executor.runNext());
-        QVERIFY(!rig.pmset.syncInFlight());
+        QVERIFY(!rig.pmset->syncInFlight());
         QCOMPARE(rig.scripts.administratorRuns,
                  (QStringList{kScheduleTuesdayWake,
-                              QStringLiteral("/usr/bin/pmset schedule cancel wake '11/17/26 "
-                                             "07:30:00' || true; /usr/bin/pmset schedule restart "
-                                             "'11/17/26 03:00:00'")}));
+                              u"/usr/bin/pmset schedule cancel wake '11/17/26 "
+                              u"07:30:00' || true; /usr/bin/pmset schedule restart "
+                              u"'11/17/26 03:00:00'"_s}));
     }
 
     // A result arriving after the sync is gone changes nothing.
     void resultForAGoneSyncIsDropped() {
-        ManualClock clock;
-        MemoryDefaultsStore store;
-        FakeBundleInfo bundle;
-        AppSettings settings{store, bundle, clock, ProductTexts::macOS()};
-        settings.setShutdownSchedules({schedule(Action::wake, {Weekday::tuesday}, 7, 30)});
-        ManualExecutor executor;
-        FakeScriptRunner scripts;
-        FakeAlerts alerts;
-        PrivilegedRunner runner{scripts, alerts, PowerSchedulerTool::macOS(), ProductTexts::macOS(),
-                                QStringLiteral("ada")};
-        auto pmset = std::make_unique<PmsetSync>(clock, executor, scripts, runner, store);
-        pmset->sync(&settings);
-        pmset.reset();
-        QVERIFY(executor.runNext());
-        QVERIFY(alerts.shown.isEmpty());
-        QVERIFY(settings.pmsetRegistered().isEmpty());
+        Rig<ManualExecutor> rig({schedule(Action::wake, {Weekday::tuesday}, 7, 30)});
+        rig.sync();
+        rig.pmset.reset();
+        QVERIFY(rig.executor.runNext());
+        QVERIFY(rig.alerts.shown.isEmpty());
+        QVERIFY(rig.settings.pmsetRegistered().isEmpty());
     }
 };
 

@@ -5,35 +5,32 @@
 #include <QTest>
 
 using namespace vantle;
+using namespace Qt::StringLiterals;
 using Action = ShutdownSchedule::Action;
 
 class TestPowerActions : public QObject {
     Q_OBJECT
 
 private slots:
-    void scriptsAreExact() {
-        QCOMPARE(powerActionScript(Action::sleep),
-                 QStringLiteral("tell application \"System Events\" to sleep"));
-        QCOMPARE(powerActionScript(Action::shutdown),
-                 QStringLiteral("tell application \"System Events\" to shut down"));
-        QCOMPARE(powerActionScript(Action::restart),
-                 QStringLiteral("tell application \"System Events\" to restart"));
-        QVERIFY(!powerActionScript(Action::wake));
-        QVERIFY(!powerActionScript(Action::poweron));
-    }
-
-    void performsExactlyOneMatchingAction_data() {
+    // Each action's macOS script and the one platform call it makes; wake and power on do nothing.
+    void eachActionDoesExactlyItsOwnThing_data() {
         QTest::addColumn<Action>("action");
+        QTest::addColumn<QString>("script");
         QTest::addColumn<QStringList>("calls");
-        QTest::newRow("sleep") << Action::sleep << QStringList{QStringLiteral("sleep")};
-        QTest::newRow("shut down") << Action::shutdown << QStringList{QStringLiteral("shutDown")};
-        QTest::newRow("restart") << Action::restart << QStringList{QStringLiteral("restart")};
-        QTest::newRow("wake") << Action::wake << QStringList();
-        QTest::newRow("power on") << Action::poweron << QStringList();
+        const QString tell = u"tell application \"System Events\" to "_s;
+        QTest::newRow("sleep") << Action::sleep << tell + u"sleep"_s << QStringList{u"sleep"_s};
+        QTest::newRow("shut down")
+            << Action::shutdown << tell + u"shut down"_s << QStringList{u"shutDown"_s};
+        QTest::newRow("restart") << Action::restart << tell + u"restart"_s
+                                 << QStringList{u"restart"_s};
+        QTest::newRow("wake") << Action::wake << QString() << QStringList();
+        QTest::newRow("power on") << Action::poweron << QString() << QStringList();
     }
-    void performsExactlyOneMatchingAction() {
+    void eachActionDoesExactlyItsOwnThing() {
         QFETCH(Action, action);
+        QFETCH(QString, script);
         QFETCH(QStringList, calls);
+        QCOMPARE(powerActionScript(action).value_or(QString()), script);
         FakePowerActions actions;
         performPowerAction(action, actions);
         QCOMPARE(actions.calls, calls);

@@ -23,6 +23,7 @@
 #include <QTimeZone>
 
 using namespace vantle;
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using Action = ShutdownSchedule::Action;
 
@@ -38,8 +39,8 @@ const QList<double> kExtremes{
 struct StartPath {
     explicit StartPath(const QDateTime& start, const QByteArray& stored)
         : clock(start) {
-        store.values.insert(QStringLiteral("shutdownSchedules"), stored);
-        store.setObject(QStringLiteral("didAdoptPmsetEntries"), true);
+        store.values.insert(u"shutdownSchedules"_s, stored);
+        store.setObject(u"didAdoptPmsetEntries"_s, true);
         settings =
             std::make_unique<AppSettings>(store, bundle, clock, ProductTexts::linuxDesktop());
         monitor.setSettings(settings.get());
@@ -57,9 +58,8 @@ struct StartPath {
     InlineExecutor executor;
     FakeScriptRunner scripts;
     FakeAlerts alerts;
-    PrivilegedRunner runner{scripts, alerts,
-                            PowerSchedulerTool::linuxTool(QStringLiteral("/usr/libexec")),
-                            ProductTexts::linuxDesktop(), QStringLiteral("ada")};
+    PrivilegedRunner runner{scripts, alerts, PowerSchedulerTool::linuxTool(u"/usr/libexec"_s),
+                            ProductTexts::linuxDesktop(), u"ada"_s};
     PmsetSync sync{clock, executor, scripts, runner, store};
     FakePowerAssertion assertion;
     ScheduleMonitorService monitor{clock, assertion};
@@ -72,15 +72,14 @@ QByteArray scheduleJson(const QString& id, bool enabled, const QString& action,
     for (const int day : days) {
         dayArray.append(day);
     }
-    const QJsonObject object{
-        {QStringLiteral("id"), id},         {QStringLiteral("isEnabled"), enabled},
-        {QStringLiteral("action"), action}, {QStringLiteral("days"), dayArray},
-        {QStringLiteral("hour"), hour},     {QStringLiteral("minute"), minute}};
+    const QJsonObject object{{u"id"_s, id},         {u"isEnabled"_s, enabled},
+                             {u"action"_s, action}, {u"days"_s, dayArray},
+                             {u"hour"_s, hour},     {u"minute"_s, minute}};
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
 QString uuidText(quint32 n) {
-    return QStringLiteral("%1-0000-4000-8000-000000000000").arg(n, 8, 16, QLatin1Char('0'));
+    return u"%1-0000-4000-8000-000000000000"_s.arg(n, 8, 16, QLatin1Char('0'));
 }
 
 } // namespace
@@ -93,9 +92,8 @@ private slots:
     // leave the stored document exactly as it was.
     void randomAndExtremeValuesNeverStopTheStart() {
         QRandomGenerator random(20261116);
-        const QStringList actions{QStringLiteral("Sleep"), QStringLiteral("Wake"),
-                                  QStringLiteral("Shut Down"), QStringLiteral("Restart"),
-                                  QStringLiteral("Power On")};
+        const QStringList actions{u"Sleep"_s, u"Wake"_s, u"Shut Down"_s, u"Restart"_s,
+                                  u"Power On"_s};
         const QTimeZone berlin("Europe/Berlin");
         const auto number = [&random](int inRange) {
             return random.bounded(3) == 0 ? kExtremes[random.bounded(kExtremes.size())]
@@ -129,14 +127,12 @@ private slots:
             }
             for (const QString& script : std::as_const(path.scripts.administratorRuns)) {
                 // Only times of day a valid schedule can name reach the scheduler.
-                static const QRegularExpression time(
-                    QStringLiteral("'\\d\\d/\\d\\d/\\d\\d "
-                                   "([01]\\d|2[0-3]):[0-5]\\d:00'"));
+                static const QRegularExpression time(u"'\\d\\d/\\d\\d/\\d\\d "
+                                                     u"([01]\\d|2[0-3]):[0-5]\\d:00'"_s);
                 QVERIFY2(script.count(time) == script.count(QLatin1Char('\'')) / 2,
                          qPrintable(script));
             }
-            QCOMPARE(path.store.values.value(QStringLiteral("shutdownSchedules")),
-                     DefaultsValue(stored));
+            QCOMPARE(path.store.values.value(u"shutdownSchedules"_s), DefaultsValue(stored));
             QVERIFY(path.monitor.lastFiredIDs().size() <= count);
         }
     }

@@ -18,12 +18,13 @@
 #include <memory>
 
 using namespace vantle;
-using vantle::testing::mockedCalls;
+using namespace Qt::StringLiterals;
 using vantle::testing::PrivateSessionBus;
 
 namespace {
-const QString kService = QStringLiteral("org.freedesktop.Notifications");
-const QString kQuitNow = QStringLiteral("Vantle.autoQuit.quitNow");
+const QString kService = u"org.freedesktop.Notifications"_s;
+const QString kPath = u"/org/freedesktop/Notifications"_s;
+const QString kQuitNow = u"Vantle.autoQuit.quitNow"_s;
 
 AppInfo app(qint32 pid, const QString& name) {
     AppInfo info;
@@ -31,6 +32,24 @@ AppInfo app(qint32 pid, const QString& name) {
     info.name = name;
     return info;
 }
+
+// Both warning services on one centre, their categories registered as the app does at start-up.
+struct Warnings {
+    explicit Warnings(const QDBusConnection& bus)
+        : center(bus) {
+        quit.registerCategory();
+        schedule.registerCategory();
+        clock.advance(std::chrono::seconds(0));
+    }
+    FreedesktopNotificationCenter center;
+    NotificationAuthority authority{center};
+    ManualClock clock;
+    FakeCountdownPresenter* presenter = new FakeCountdownPresenter;
+    QuitWarningService quit{center, authority, clock,
+                            std::unique_ptr<CountdownPresenter>(presenter)};
+    ScheduleWarningService schedule{center, authority, clock,
+                                    std::make_unique<FakeCountdownPresenter>()};
+};
 } // namespace
 
 // Talks to a real notification server (python-dbusmock) on a private session bus.
@@ -41,10 +60,13 @@ private:
     std::unique_ptr<PrivateSessionBus> m_bus;
     std::unique_ptr<QProcess> m_server;
 
+    // Returns once the server owns its name.
     void startServer(const QString& capabilities) {
         m_server = vantle::testing::startDBusMock(
-            m_bus->address(), QStringLiteral("notification_daemon"),
-            {QStringLiteral("-p"), QStringLiteral(R"({"capabilities": "%1"})").arg(capabilities)});
+            m_bus->address(), u"notification_daemon"_s,
+            {u"-p"_s, uR"({"capabilities": "%1"})"_s.arg(capabilities)});
+        QTRY_VERIFY_WITH_TIMEOUT(m_bus->connection().interface()->isServiceRegistered(kService),
+                                 20'000);
     }
 
     void stopServer() {
@@ -55,18 +77,19 @@ private:
         }
     }
 
-    QDBusMessage mock(const QString& method, const QVariantList& arguments) const {
+    // The server's user pressing `key` on notification `id`.
+    void invoke(uint id, const QString& key) const {
         QDBusMessage call = QDBusMessage::createMethodCall(
-            kService, QStringLiteral("/org/freedesktop/Notifications"),
-            QStringLiteral("org.freedesktop.DBus.Mock"), method);
-        call.setArguments(arguments);
-        return m_bus->connection().call(call, QDBus::Block, 5'000);
+            kService, kPath, u"org.freedesktop.DBus.Mock"_s, u"EmitSignal"_s);
+        call.setArguments({QString(), u"ActionInvoked"_s, u"us"_s,
+                           QVariantList{QVariant::fromValue(QDBusVariant(id)),
+                                        QVariant::fromValue(QDBusVariant(key))}});
+        m_bus->connection().call(call, QDBus::Block, 5'000);
     }
 
     // The arguments of every call of `method` the server received, oldest first.
-    QList<QVariantList> calls(const QString& method) const {
-        return mockedCalls(m_bus->connection(), kService,
-                           QStringLiteral("/org/freedesktop/Notifications"), method);
+    QList<QVariantList> calls(const QString& method = u"Notify"_s) const {
+        return vantle::testing::mockedCalls(m_bus->connection(), kService, kPath, method);
     }
 
     // Not determined stands for a wrong answer: given inside the call, or never.
@@ -95,61 +118,48 @@ private slots:
     }
 
     void postsReplacesClosesAndReportsResponses() {
-        startServer(QStringLiteral("actions body"));
-        QTRY_VERIFY_WITH_TIMEOUT(m_bus->connection().interface()->isServiceRegistered(kService),
-                                 20'000);
+        startServer(u"actions body"_s);
         FreedesktopNotificationCenter center(m_bus->connection());
         QSignalSpy responses(&center, &NotificationCenter::didReceiveResponse);
         center.setCategories(
-            {{QStringLiteral("Vantle.autoQuit"),
-              {{kQuitNow, QStringLiteral("Quit Now")},
-               {QStringLiteral("Vantle.autoQuit.cancel"), QStringLiteral("Cancel")}}}});
-        const NotificationRequest warning{
-            QStringLiteral("autoQuit"), QStringLiteral("Quitting"), QStringLiteral("in 10 seconds"),
-            QStringLiteral("Vantle.autoQuit"), InterruptionLevel::timeSensitive};
+            {{u"Vantle.autoQuit"_s,
+              {{kQuitNow, u"Quit Now"_s}, {u"Vantle.autoQuit.cancel"_s, u"Cancel"_s}}}});
+        const NotificationRequest warning{u"autoQuit"_s, u"Quitting"_s, u"in 10 seconds"_s,
+                                          u"Vantle.autoQuit"_s, InterruptionLevel::timeSensitive};
         // The repost goes out before the first answer; it must wait for the id to replace it.
         center.add(warning);
         center.add(warning);
-        center.add({QStringLiteral("plain"),
-                    QStringLiteral("t"),
-                    QStringLiteral("b"),
-                    {},
-                    InterruptionLevel::critical});
-        QTRY_COMPARE_WITH_TIMEOUT(calls(QStringLiteral("Notify")).size(), 3, 10'000);
-        const QList<QVariantList> notify = calls(QStringLiteral("Notify"));
+        center.add({u"plain"_s, u"t"_s, u"b"_s, {}, InterruptionLevel::critical});
+        QTRY_COMPARE_WITH_TIMEOUT(calls().size(), 3, 10'000);
+        const QList<QVariantList> notify = calls();
         const QVariantList &first = notify.at(0), &plain = notify.at(1), &again = notify.at(2);
 
-        QCOMPARE(first.mid(0, 5),
-                 QVariantList({QStringLiteral("Vantle"), 0u, QStringLiteral("com.pelmark.vantle"),
-                               warning.title, warning.body}));
+        QCOMPARE(first.mid(0, 5), QVariantList({u"Vantle"_s, 0u, u"com.pelmark.vantle"_s,
+                                                warning.title, warning.body}));
         const auto hints = [](const QVariantList& call) {
             return qdbus_cast<QVariantMap>(call.at(6).value<QDBusArgument>());
         };
         // Servers ignore an urgency that is not a byte.
-        QCOMPARE(hints(first).value(QStringLiteral("urgency")).typeId(), QMetaType::UChar);
-        QCOMPARE(hints(first).value(QStringLiteral("urgency")), QVariant(1));
-        QCOMPARE(hints(first).value(QStringLiteral("resident")), QVariant(false));
+        QCOMPARE(hints(first).value(u"urgency"_s).typeId(), QMetaType::UChar);
+        QCOMPARE(hints(first).value(u"urgency"_s), QVariant(1));
+        QCOMPARE(hints(first).value(u"resident"_s), QVariant(false));
         QCOMPARE(first.at(7), QVariant(0));
-        QCOMPARE(hints(plain).value(QStringLiteral("urgency")), QVariant(2));
+        QCOMPARE(hints(plain).value(u"urgency"_s), QVariant(2));
         QCOMPARE(plain.at(7), QVariant(-1));
         QCOMPARE(again.at(1), QVariant(1u)); // the mock numbers from 1
 
         // Signals may overtake the last Notify answer, but id 1 was known before the repost.
-        for (const auto& [id, key] : {std::pair(77u, kQuitNow), std::pair(1u, kQuitNow),
-                                      std::pair(1u, QStringLiteral("default"))}) {
-            const QVariantList arguments{QVariant::fromValue(QDBusVariant(id)),
-                                         QVariant::fromValue(QDBusVariant(key))};
-            mock(QStringLiteral("EmitSignal"),
-                 {QString(), QStringLiteral("ActionInvoked"), QStringLiteral("us"), arguments});
-        }
+        invoke(77, kQuitNow);
+        invoke(1, kQuitNow);
+        invoke(1, u"default"_s);
         QTRY_COMPARE_WITH_TIMEOUT(responses.count(), 2, 10'000);
         QCOMPARE(responses.at(0), QVariantList({warning.identifier, kQuitNow}));
         QCOMPARE(responses.at(1),
                  QVariantList({warning.identifier, NotificationCenter::kDefaultActionIdentifier}));
 
-        center.removeDelivered({warning.identifier, QStringLiteral("never posted")});
-        QTRY_COMPARE_WITH_TIMEOUT(calls(QStringLiteral("CloseNotification")),
-                                  QList<QVariantList>({{1}}), 10'000);
+        center.removeDelivered({warning.identifier, u"never posted"_s});
+        QTRY_COMPARE_WITH_TIMEOUT(calls(u"CloseNotification"_s), QList<QVariantList>({{1}}),
+                                  10'000);
         QCOMPARE(responses.count(), 2);
     }
 
@@ -160,136 +170,104 @@ private slots:
         QTest::addColumn<QStringList>("actions");
         QTest::newRow("auto-quit warning")
             << "autoQuit"
-            << QStringList{kQuitNow, QStringLiteral("Quit Now"),
-                           QStringLiteral("Vantle.autoQuit.cancel"), QStringLiteral("Cancel")};
+            << QStringList{kQuitNow, u"Quit Now"_s, u"Vantle.autoQuit.cancel"_s, u"Cancel"_s};
         QTest::newRow("refusal notice") << "refused" << QStringList();
-        QTest::newRow("schedule warning")
-            << "schedule"
-            << QStringList{QStringLiteral("Vantle.schedule.now"), QStringLiteral("Do It Now"),
-                           QStringLiteral("Vantle.schedule.cancel"), QStringLiteral("Cancel")};
+        QTest::newRow("schedule warning") << "schedule"
+                                          << QStringList{u"Vantle.schedule.now"_s, u"Do It Now"_s,
+                                                         u"Vantle.schedule.cancel"_s, u"Cancel"_s};
         QTest::newRow("declared click")
-            << "click"
-            << QStringList{QStringLiteral("default"), QStringLiteral("Show"), QStringLiteral("x"),
-                           QStringLiteral("X")};
+            << "click" << QStringList{u"default"_s, u"Show"_s, u"x"_s, u"X"_s};
     }
     void eachKindCarriesOnlyItsOwnActions() {
         QFETCH(QString, kind);
         QFETCH(QStringList, actions);
-        startServer(QStringLiteral("actions body"));
-        QTRY_VERIFY_WITH_TIMEOUT(m_bus->connection().interface()->isServiceRegistered(kService),
-                                 20'000);
-        FreedesktopNotificationCenter center(m_bus->connection());
-        NotificationAuthority authority(center);
-        ManualClock clock;
-        // Registered as the app does at start-up.
-        QuitWarningService quitWarning(center, authority, clock,
-                                       std::make_unique<FakeCountdownPresenter>());
-        ScheduleWarningService scheduleWarning(center, authority, clock,
-                                               std::make_unique<FakeCountdownPresenter>());
-        quitWarning.registerCategory();
-        scheduleWarning.registerCategory();
-        clock.advance(std::chrono::seconds(0));
-        QTRY_COMPARE_WITH_TIMEOUT(authority.status(), AuthorizationStatus::authorized, 10'000);
-
-        if (kind == QLatin1String("autoQuit")) {
-            quitWarning.present({app(11, QStringLiteral("Safari"))});
-        } else if (kind == QLatin1String("refused")) {
-            quitWarning.reportRefused({app(11, QStringLiteral("Safari"))});
-        } else if (kind == QLatin1String("schedule")) {
-            scheduleWarning.warn(ShutdownSchedule::Action::shutdown);
+        startServer(u"actions body"_s);
+        Warnings w(m_bus->connection());
+        QTRY_COMPARE_WITH_TIMEOUT(w.authority.status(), AuthorizationStatus::authorized, 10'000);
+        if (kind == "autoQuit"_L1) {
+            w.quit.present({app(11, u"Safari"_s)});
+        } else if (kind == "refused"_L1) {
+            w.quit.reportRefused({app(11, u"Safari"_s)});
+        } else if (kind == "schedule"_L1) {
+            w.schedule.warn(ShutdownSchedule::Action::shutdown);
         } else {
-            center.setCategories(
-                {{QStringLiteral("c"),
-                  {{NotificationCenter::kDefaultActionIdentifier, QStringLiteral("Show")},
-                   {QStringLiteral("x"), QStringLiteral("X")}}}});
-            center.add({QStringLiteral("n"), QStringLiteral("t"), QStringLiteral("b"),
-                        QStringLiteral("c"), InterruptionLevel::active});
+            w.center.setCategories(
+                {{u"c"_s,
+                  {{NotificationCenter::kDefaultActionIdentifier, u"Show"_s}, {u"x"_s, u"X"_s}}}});
+            w.center.add({u"n"_s, u"t"_s, u"b"_s, u"c"_s, InterruptionLevel::active});
         }
-        QTRY_COMPARE_WITH_TIMEOUT(calls(QStringLiteral("Notify")).size(), 1, 10'000);
-        QCOMPARE(calls(QStringLiteral("Notify")).at(0).at(5).toStringList(), actions);
+        QTRY_COMPARE_WITH_TIMEOUT(calls().size(), 1, 10'000);
+        QCOMPARE(calls().at(0).at(5).toStringList(), actions);
     }
 
     void statusFollowsTheServer() {
         FreedesktopNotificationCenter center(m_bus->connection());
         QSignalSpy mayHaveChanged(&center, &NotificationCenter::authorizationMayHaveChanged);
         NotificationRequest note;
-        note.identifier = QStringLiteral("a");
+        note.identifier = u"a"_s;
         LogCapture log;
         QCOMPARE(statusOf(center), AuthorizationStatus::denied);
         center.add(note);
         center.add(note);
 
-        startServer(QStringLiteral("actions"));
+        startServer(u"actions"_s);
         QTRY_COMPARE_WITH_TIMEOUT(mayHaveChanged.count(), 1, 20'000);
         QCOMPARE(statusOf(center), AuthorizationStatus::authorized);
         center.add(note);
-        QTRY_COMPARE_WITH_TIMEOUT(calls(QStringLiteral("Notify")).size(), 1, 10'000);
+        QTRY_COMPARE_WITH_TIMEOUT(calls().size(), 1, 10'000);
         // Failing posts are logged once per run of failures.
-        QCOMPARE(log.count(QStringLiteral("could not post a notification")), 1);
+        QCOMPARE(log.count(u"could not post a notification"_s), 1);
 
         stopServer();
         QTRY_COMPARE_WITH_TIMEOUT(mayHaveChanged.count(), 2, 10'000);
         QCOMPARE(statusOf(center), AuthorizationStatus::denied);
 
         // A server without buttons cannot answer a warning, and it knows none of the old ids.
-        startServer(QStringLiteral("body"));
+        startServer(u"body"_s);
         QTRY_COMPARE_WITH_TIMEOUT(mayHaveChanged.count(), 3, 20'000);
         QCOMPARE(statusOf(center), AuthorizationStatus::denied);
         std::optional<bool> granted;
         center.requestAuthorization([&granted](bool g) { granted = g; });
         QTRY_COMPARE_WITH_TIMEOUT(granted, std::optional(false), 10'000);
         center.add(note);
-        QTRY_COMPARE_WITH_TIMEOUT(calls(QStringLiteral("Notify")).size(), 1, 10'000);
-        QCOMPARE(calls(QStringLiteral("Notify")).at(0).at(1), QVariant(0u));
+        QTRY_COMPARE_WITH_TIMEOUT(calls().size(), 1, 10'000);
+        QCOMPARE(calls().at(0).at(1), QVariant(0u));
     }
 
     // The auto-quit warning as a user with a notification server sees and answers it.
     void quitWarningThroughARealServer() {
-        startServer(QStringLiteral("actions body"));
-        QTRY_VERIFY_WITH_TIMEOUT(m_bus->connection().interface()->isServiceRegistered(kService),
-                                 20'000);
-        FreedesktopNotificationCenter center(m_bus->connection());
-        NotificationAuthority authority(center);
-        ManualClock clock;
-        auto* presenter = new FakeCountdownPresenter;
-        QuitWarningService service(center, authority, clock,
-                                   std::unique_ptr<CountdownPresenter>(presenter));
+        startServer(u"actions body"_s);
+        Warnings w(m_bus->connection());
         QList<qint32> quit;
-        service.onQuit = [&quit](const QList<AppInfo>& apps) {
+        w.quit.onQuit = [&quit](const QList<AppInfo>& apps) {
             for (const AppInfo& a : apps) {
                 quit << a.id;
             }
         };
-        service.registerCategory();
-        clock.advance(std::chrono::seconds(0));
-        QTRY_COMPARE_WITH_TIMEOUT(authority.status(), AuthorizationStatus::authorized, 10'000);
+        QTRY_COMPARE_WITH_TIMEOUT(w.authority.status(), AuthorizationStatus::authorized, 10'000);
 
-        service.present({app(11, QStringLiteral("Safari")), app(12, QStringLiteral("Notes"))});
-        QTRY_COMPARE_WITH_TIMEOUT(calls(QStringLiteral("Notify")).size(), 1, 10'000);
-        const QVariantList first = calls(QStringLiteral("Notify")).at(0);
-        QCOMPARE(first.at(3), QVariant(QStringLiteral("Quitting Idle Apps")));
-        QCOMPARE(first.at(4),
-                 QVariant(QStringLiteral("Safari, Notes — in 60s. Cancel to keep them open.")));
+        w.quit.present({app(11, u"Safari"_s), app(12, u"Notes"_s)});
+        QTRY_COMPARE_WITH_TIMEOUT(calls().size(), 1, 10'000);
+        QCOMPARE(calls().at(0).mid(3, 2),
+                 QVariantList({u"Quitting Idle Apps"_s,
+                               u"Safari, Notes — in 60s. Cancel to keep them open."_s}));
 
         // A newcomer replaces the notification rather than adding a second one.
-        clock.advance(std::chrono::seconds(5));
-        service.present({app(13, QStringLiteral("Mail"))});
-        QTRY_COMPARE_WITH_TIMEOUT(calls(QStringLiteral("Notify")).size(), 2, 10'000);
-        QCOMPARE(calls(QStringLiteral("Notify")).at(1).at(1), QVariant(1u));
+        w.clock.advance(std::chrono::seconds(5));
+        w.quit.present({app(13, u"Mail"_s)});
+        QTRY_COMPARE_WITH_TIMEOUT(calls().size(), 2, 10'000);
+        QCOMPARE(calls().at(1).at(1), QVariant(1u));
 
-        const QVariantList pressed{QVariant::fromValue(QDBusVariant(1u)),
-                                   QVariant::fromValue(QDBusVariant(kQuitNow))};
-        mock(QStringLiteral("EmitSignal"),
-             {QString(), QStringLiteral("ActionInvoked"), QStringLiteral("us"), pressed});
+        invoke(1, kQuitNow);
         QTRY_COMPARE_WITH_TIMEOUT(quit, (QList<qint32>{11, 12, 13}), 10'000);
-        QTRY_COMPARE_WITH_TIMEOUT(calls(QStringLiteral("CloseNotification")).size(), 1, 10'000);
-        QVERIFY(!presenter->open);
+        QTRY_COMPARE_WITH_TIMEOUT(calls(u"CloseNotification"_s).size(), 1, 10'000);
+        QVERIFY(!w.presenter->open);
 
         // With the server gone, the next warning falls back to the panel.
         stopServer();
-        QTRY_COMPARE_WITH_TIMEOUT(authority.status(), AuthorizationStatus::denied, 10'000);
-        service.present({app(14, QStringLiteral("Pages"))});
-        QVERIFY(presenter->open);
+        QTRY_COMPARE_WITH_TIMEOUT(w.authority.status(), AuthorizationStatus::denied, 10'000);
+        w.quit.present({app(14, u"Pages"_s)});
+        QVERIFY(w.presenter->open);
     }
 };
 

@@ -5,6 +5,7 @@
 #include <QTest>
 
 using namespace vantle;
+using namespace Qt::StringLiterals;
 using Command = AppCommand;
 
 namespace {
@@ -71,9 +72,9 @@ private slots:
         f.service.registerHotKeys({Command::restart});
         const auto& request = f.registrar.active.begin()->second;
         QCOMPARE(request.id, 3U);
-        QCOMPARE(request.name, QStringLiteral("restart"));
+        QCOMPARE(request.name, u"restart"_s);
         QCOMPARE(request.combo, commandBinding(Command::restart).combo);
-        QCOMPARE(request.description, QStringLiteral("Restart"));
+        QCOMPARE(request.description, u"Restart"_s);
     }
 
     void pressesReachOnCommandOnlyForRegisteredIds() {
@@ -112,19 +113,17 @@ private slots:
         Fixture f;
         f.service.registerHotKeys({Command::sleep});
         QSignalSpy changed(&f.service, &HotKeyService::keyCapsChanged);
-        emit f.registrar.triggerDescribed(2, QStringLiteral("Meta+F12"));
-        emit f.registrar.triggerDescribed(1, QStringLiteral("Meta+F1")); // not registered
-        QCOMPARE(f.service.keyCap(Command::sleep, KeyCapStyle::linuxDesktop),
-                 QStringLiteral("Meta+F12"));
+        emit f.registrar.triggerDescribed(2, u"Meta+F12"_s);
+        emit f.registrar.triggerDescribed(1, u"Meta+F1"_s); // not registered
+        QCOMPARE(f.service.keyCap(Command::sleep, KeyCapStyle::linuxDesktop), u"Meta+F12"_s);
         QCOMPARE(f.service.keyCap(Command::quitAllApps, KeyCapStyle::linuxDesktop),
-                 QStringLiteral("Ctrl+Alt+Super+Q"));
+                 u"Ctrl+Alt+Super+Q"_s);
         QCOMPARE(changed.count(), 1);
 
         f.service.registerHotKeys({Command::sleep});
         QCOMPARE(f.service.keyCap(Command::sleep, KeyCapStyle::linuxDesktop),
-                 QStringLiteral("Ctrl+Alt+Super+S"));
-        QCOMPARE(f.service.keyCap(Command::sleep, KeyCapStyle::macOS),
-                 QStringLiteral("\u2303\u2325\u2318S"));
+                 u"Ctrl+Alt+Super+S"_s);
+        QCOMPARE(f.service.keyCap(Command::sleep, KeyCapStyle::macOS), u"\u2303\u2325\u2318S"_s);
         QCOMPARE(changed.count(), 2);
     }
 };

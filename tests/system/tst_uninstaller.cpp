@@ -10,7 +10,6 @@ using Kind = AppInstallation::Kind;
 using Status = ScriptOutcome::Status;
 
 Q_DECLARE_METATYPE(AppInstallation)
-Q_DECLARE_METATYPE(ScriptOutcome::Status)
 
 namespace {
 
@@ -33,17 +32,7 @@ QStringList dataRemovals() {
                  << u"remove /home/ada/.local/state/vantle"_s;
 }
 
-ScriptOutcome outcomeOf(Status status) {
-    switch (status) {
-    case Status::succeeded:
-        return ScriptOutcome::success();
-    case Status::cancelled:
-        return ScriptOutcome::userCancelled();
-    case Status::failed:
-        return ScriptOutcome::failure(1, u"Not authorized"_s);
-    case Status::notCreated:
-        break;
-    }
+ScriptOutcome notCreated() {
     ScriptOutcome outcome;
     outcome.status = Status::notCreated;
     return outcome;
@@ -174,7 +163,7 @@ private slots:
         QTest::addColumn<bool>("rule");
         QTest::addColumn<bool>("login");
         QTest::addColumn<AppInstallation>("installation");
-        QTest::addColumn<Status>("adminStatus");
+        QTest::addColumn<ScriptOutcome>("admin");
         QTest::addColumn<QStringList>("expected");
         QTest::addColumn<QString>("logged");
         const AppInstallation trash{Kind::trash, kAppImage};
@@ -182,31 +171,32 @@ private slots:
                                 cancelOf(u"poweron"_s, u"11/18/26 06:00:00"_s);
         const QString ruleRemoval = u"rm -f /etc/sudoers.d/vantle-power"_s;
         QTest::newRow("nothing privileged: no prompt")
-            << QStringList{} << false << false << trash << Status::succeeded
+            << QStringList{} << false << false << trash << ScriptOutcome::success()
             << dataRemovals() + QStringList{u"trash "_s + kAppImage, u"quit"_s}
             << u"Vantle: moved to /home/ada/.local/share/Trash/files/Vantle.AppImage"_s;
         QTest::newRow("events, rule and login item")
-            << QStringList{kWake, kPowerOn} << true << true << trash << Status::succeeded
+            << QStringList{kWake, kPowerOn} << true << true << trash << ScriptOutcome::success()
             << QStringList{u"admin "_s + cancels + u"; "_s + ruleRemoval,
                            u"unregister login item"_s} +
                    dataRemovals() + QStringList{u"trash "_s + kAppImage, u"quit"_s}
             << u"Vantle: removed; quitting"_s;
-        for (const auto& [name, status] :
-             {std::pair{"password prompt dismissed", Status::cancelled},
-              std::pair{"administrator run failed", Status::failed},
-              std::pair{"no administrator facility", Status::notCreated}}) {
-            QTest::newRow(name) << QStringList{kWake, kPowerOn} << true << true << trash << status
+        for (const auto& [name, outcome] :
+             {std::pair{"password prompt dismissed", ScriptOutcome::userCancelled()},
+              std::pair{"administrator run failed", ScriptOutcome::failure(1, u"Not authorized"_s)},
+              std::pair{"no administrator facility", notCreated()}}) {
+            QTest::newRow(name) << QStringList{kWake, kPowerOn} << true << true << trash << outcome
                                 << QStringList{u"admin "_s + cancels + u"; "_s + ruleRemoval}
                                 << u"Vantle: removal stopped, nothing removed"_s;
         }
         QTest::newRow("package copy is left alone")
             << QStringList{} << false << true
-            << AppInstallation{Kind::packageManager, u"/usr/bin"_s} << Status::succeeded
+            << AppInstallation{Kind::packageManager, u"/usr/bin"_s} << ScriptOutcome::success()
             << QStringList{u"unregister login item"_s} + dataRemovals() + QStringList{u"quit"_s}
             << u"Vantle: the program in /usr/bin belongs to the package manager"_s;
         QTest::newRow("trash fails, the run goes on")
             << QStringList{} << false << false
-            << AppInstallation{Kind::trash, u"/media/ro/Vantle.AppImage"_s} << Status::succeeded
+            << AppInstallation{Kind::trash, u"/media/ro/Vantle.AppImage"_s}
+            << ScriptOutcome::success()
             << dataRemovals() + QStringList{u"trash /media/ro/Vantle.AppImage"_s, u"quit"_s}
             << u"Vantle: could not move /media/ro/Vantle.AppImage to the Trash: no trash on this "
                u"volume"_s;
@@ -216,18 +206,18 @@ private slots:
         QFETCH(bool, rule);
         QFETCH(bool, login);
         QFETCH(AppInstallation, installation);
-        QFETCH(Status, adminStatus);
+        QFETCH(ScriptOutcome, admin);
         QFETCH(QStringList, expected);
         QFETCH(QString, logged);
         start(installation);
-        f->scripts->administratorOutcome = outcomeOf(adminStatus);
+        f->scripts->administratorOutcome = admin;
         f->loginItem->registered = login;
         LogCapture log;
         const std::optional<Uninstaller::UninstallError> error =
             f->uninstaller->run({events, rule, login, installation});
         QCOMPARE(journal, expected);
         QVERIFY2(log.count(logged) == 1, qPrintable(log.lines.join(u'\n')));
-        const bool stopped = adminStatus != Status::succeeded;
+        const bool stopped = !admin.succeeded();
         QCOMPARE(error.has_value(), stopped);
         // Stopped: the settings were not even flushed, the login item and the app are in place.
         QCOMPARE(f->defaults->flushCount > 0, !stopped);
@@ -242,9 +232,7 @@ private slots:
         const QStringList installed{u"/home/ada/.local/bin/vantle"_s,
                                     u"/home/ada/.local/bin/vantle-power"_s,
                                     u"/home/ada/.local/share/icons/hicolor/vantle.svg"_s, manifest};
-        for (const QString& path : installed) {
-            f->files->paths << path;
-        }
+        f->files->paths.unite(QSet<QString>(installed.cbegin(), installed.cend()));
         f->files->paths << u"/home/ada/.bashrc"_s << u"/etc/passwd"_s;
         f->files->textFiles[manifest] =
             installed +
