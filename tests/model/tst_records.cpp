@@ -25,14 +25,6 @@ QByteArray schedule(const char* from, const char* to) {
     return edited(kSchedule, from, to);
 }
 
-ShutdownSchedule weeknightShutdown() {
-    return {.id = QUuid::fromString(u"0a7e5b1c-2d3f-4a5b-8c9d-0e1f2a3b4c5d"_s),
-            .action = ShutdownSchedule::Action::shutdown,
-            .days = {Weekday::monday, Weekday::tuesday, Weekday::wednesday, Weekday::thursday,
-                     Weekday::friday},
-            .hour = 23};
-}
-
 } // namespace
 
 class TestRecords : public QObject {
@@ -64,7 +56,13 @@ private slots:
                                               R"("action":"quit","timeoutMinutes":)") +
                                    text + "}]"));
         }
-        QCOMPARE(encodeShutdownSchedules({weeknightShutdown()}),
+        const ShutdownSchedule weeknights{
+            .id = QUuid::fromString(u"0a7e5b1c-2d3f-4a5b-8c9d-0e1f2a3b4c5d"_s),
+            .action = ShutdownSchedule::Action::shutdown,
+            .days = {Weekday::monday, Weekday::tuesday, Weekday::wednesday, Weekday::thursday,
+                     Weekday::friday},
+            .hour = 23};
+        QCOMPARE(encodeShutdownSchedules({weeknights}),
                  QByteArray(R"([{"id":"0A7E5B1C-2D3F-4A5B-8C9D-0E1F2A3B4C5D","isEnabled":true,)"
                             R"("action":"Shut Down","days":[2,3,4,5,6],"hour":23,"minute":0}])"));
         QCOMPARE(encodeShutdownSchedules({}), QByteArray("[]"));
