@@ -19,7 +19,7 @@ class TestRemoteCommands : public QObject {
 private:
     std::unique_ptr<VirtualDesktop> m_desktop;
     std::unique_ptr<MockedBus> m_bus;
-    std::unique_ptr<QProcess> m_app;
+    std::unique_ptr<QProcess> m_app; // killed with the test, before the display and bus go
     QTemporaryDir m_home;
 
     int suspends() const {
@@ -63,13 +63,6 @@ private slots:
         QFile settings(m_home.path() + u"/vantle/com.pelmark.vantle.json"_s);
         QVERIFY(settings.open(QIODevice::WriteOnly));
         settings.write(R"({"scheduleWarningStyle": "never"})");
-    }
-
-    void cleanupTestCase() {
-        if (m_app) {
-            m_app->terminate();
-            m_app->waitForFinished(10'000);
-        }
     }
 
     void noRunningCopyIsAnError() {
