@@ -68,34 +68,32 @@ class TestAutoQuitManager : public QObject {
     Q_OBJECT
 
 private slots:
-    void samplesAtOnceThenEveryIntervalAndTakesNoReadingAsPresent() {
-        FakeIdleTime idle;
-        ManualClock clock;
+    void idleIsSampledAtOnceThenEveryIntervalAndNoReadingMeansPresent() {
+        Rig r;
         LogCapture log;
-        IdleMonitorService monitor(idle, clock);
-        QSignalSpy published(&monitor, &IdleMonitorService::systemIdleSecondsChanged);
+        QSignalSpy published(&r.idleMonitor, &IdleMonitorService::systemIdleSecondsChanged);
 
-        idle.seconds = 42;
-        monitor.start(30);
-        QCOMPARE(monitor.systemIdleSeconds(), 42.0);
-        clock.advance(29999ms);
-        QCOMPARE(idle.samples, 1);
-        clock.advance(1ms);
-        QCOMPARE(idle.samples, 2);
+        r.idle.seconds = 42;
+        r.idleMonitor.start(30);
+        QCOMPARE(r.idleMonitor.systemIdleSeconds(), 42.0);
+        r.clock.advance(29999ms);
+        QCOMPARE(r.idle.samples, 1);
+        r.clock.advance(1ms);
+        QCOMPARE(r.idle.samples, 2);
         QCOMPARE(published.count(), 2); // unchanged samples are published too
 
         // A second start replaces the loop rather than adding one.
-        idle.seconds = 7.5;
-        monitor.start(10);
-        QCOMPARE(monitor.systemIdleSeconds(), 7.5);
-        clock.advance(30s);
-        QCOMPARE(idle.samples, 3 + 3);
+        r.idle.seconds = 7.5;
+        r.idleMonitor.start(10);
+        QCOMPARE(r.idleMonitor.systemIdleSeconds(), 7.5);
+        r.clock.advance(30s);
+        QCOMPARE(r.idle.samples, 3 + 3);
 
         // Without a reading the user counts as present; that is logged once.
-        idle.seconds = std::nullopt;
-        clock.advance(10s);
-        QCOMPARE(monitor.systemIdleSeconds(), 0.0);
-        clock.advance(5min);
+        r.idle.seconds = std::nullopt;
+        r.clock.advance(10s);
+        QCOMPARE(r.idleMonitor.systemIdleSeconds(), 0.0);
+        r.clock.advance(5min);
         QCOMPARE(log.count(u"idle time is unavailable"_s), 1);
     }
 
