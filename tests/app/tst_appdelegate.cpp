@@ -21,8 +21,7 @@ private slots:
     // Settings carried over from an earlier version bring their login item with them, once.
     void migratedLaunchAtLoginRecreatesTheLoginItemOnce() {
         FakePlatform fake;
-        fake.defaults->otherDomains[QStringLiteral("com.quorel.vantle")] = {
-            {QStringLiteral("launchAtLogin"), true}};
+        fake.defaults->otherDomains[u"com.quorel.vantle"_s] = {{u"launchAtLogin"_s, true}};
         {
             AppDelegate delegate(fake.platform);
             delegate.applicationDidFinishLaunching();
@@ -38,13 +37,12 @@ private slots:
 
     void noLoginItemWithoutMigrationOrWithoutTheSetting() {
         FakePlatform fresh;
-        fresh.defaults->values[QStringLiteral("launchAtLogin")] = true;
+        fresh.defaults->values[u"launchAtLogin"_s] = true;
         AppDelegate(fresh.platform).applicationDidFinishLaunching();
         QCOMPARE(fresh.loginItem->registerCalls, 0);
 
         FakePlatform migratedOff;
-        migratedOff.defaults->otherDomains[QStringLiteral("com.yourname.EBB")] = {
-            {QStringLiteral("idleQuitEnabled"), true}};
+        migratedOff.defaults->otherDomains[u"com.yourname.EBB"_s] = {{u"idleQuitEnabled"_s, true}};
         AppDelegate(migratedOff.platform).applicationDidFinishLaunching();
         QCOMPARE(migratedOff.loginItem->registerCalls, 0);
     }
@@ -52,12 +50,11 @@ private slots:
     void refusedLoginItemIsLoggedAndLaunchGoesOn() {
         FakePlatform fake;
         fake.loginItem->failRegistration = true;
-        fake.defaults->otherDomains[QStringLiteral("com.quorel.vantle")] = {
-            {QStringLiteral("launchAtLogin"), true}};
+        fake.defaults->otherDomains[u"com.quorel.vantle"_s] = {{u"launchAtLogin"_s, true}};
         LogCapture log;
         AppDelegate delegate(fake.platform);
         delegate.applicationDidFinishLaunching();
-        QCOMPARE(log.count(QStringLiteral("login item")), 1);
+        QCOMPARE(log.count(u"login item"_s), 1);
         QVERIFY(delegate.settings().launchAtLogin());
     }
 
@@ -65,13 +62,12 @@ private slots:
     // and reported, and the refuser given a fresh idle period instead of a warning every minute.
     void dueAppsAreWarnedQuitAndRefusersStartOver() {
         FakePlatform fake;
-        auto mail = fake.workspace->add(100, QStringLiteral("Mail"), QStringLiteral("com.mail"));
+        auto mail = fake.workspace->add(100, u"Mail"_s, u"com.mail"_s);
         mail->refusesToQuit = true;
-        auto notes = fake.workspace->add(101, QStringLiteral("Notes"), QStringLiteral("com.notes"));
-        fake.defaults->values[QStringLiteral("appRules")] = *encodeAppRules(
-            {AppRule{QStringLiteral("com.mail"), QStringLiteral("Mail"), AppRule::Action::quit, 1},
-             AppRule{QStringLiteral("com.notes"), QStringLiteral("Notes"), AppRule::Action::quit,
-                     1}});
+        auto notes = fake.workspace->add(101, u"Notes"_s, u"com.notes"_s);
+        fake.defaults->values[u"appRules"_s] =
+            *encodeAppRules({AppRule{u"com.mail"_s, u"Mail"_s, AppRule::Action::quit, 1},
+                             AppRule{u"com.notes"_s, u"Notes"_s, AppRule::Action::quit, 1}});
         AppDelegate delegate(fake.platform);
         delegate.applicationDidFinishLaunching();
         QCOMPARE(fake.idle->samples, 1);
@@ -79,25 +75,24 @@ private slots:
 
         fake.clock().advance(std::chrono::seconds(60));
         QCOMPARE(fake.notifications->posted.size(), 1);
-        QCOMPARE(fake.notifications->posted.last().title, QStringLiteral("Quitting Idle Apps"));
+        QCOMPARE(fake.notifications->posted.last().title, u"Quitting Idle Apps"_s);
         QCOMPARE(mail->terminateRequests, 0);
 
         fake.clock().advance(std::chrono::seconds(60)); // the countdown runs out
         QCOMPARE(mail->terminateRequests, 1);
         QVERIFY(notes->terminated);
         fake.clock().advance(std::chrono::seconds(10)); // the refusal check
-        QCOMPARE(fake.notifications->posted.last().title, QStringLiteral("An App Wouldn't Quit"));
+        QCOMPARE(fake.notifications->posted.last().title, u"An App Wouldn't Quit"_s);
 
         fake.clock().advance(std::chrono::seconds(50));
         QCOMPARE(fake.notifications->posted.size(), 2);
         fake.clock().advance(std::chrono::seconds(60));
         QCOMPARE(fake.notifications->posted.size(), 3);
         QCOMPARE(fake.notifications->posted.last().body,
-                 QStringLiteral("Mail — in 60s. Cancel to keep it open."));
+                 u"Mail — in 60s. Cancel to keep it open."_s);
 
         // Cancelling from the notification keeps it and restarts its idle time.
-        fake.notifications->respond(QStringLiteral("Vantle.autoQuit.warning"),
-                                    QStringLiteral("Vantle.autoQuit.cancel"));
+        fake.notifications->respond(u"Vantle.autoQuit.warning"_s, u"Vantle.autoQuit.cancel"_s);
         QCOMPARE(delegate.appMonitor().lastActiveDate(100), fake.clock().now());
         fake.clock().advance(std::chrono::seconds(59));
         QCOMPARE(fake.notifications->posted.size(), 3);
@@ -107,12 +102,11 @@ private slots:
     // A shut down quits the apps first and waits for them; one power action per proceed.
     void shutDownQuitsAppsThenActsOnce() {
         FakePlatform fake;
-        fake.defaults->values[QStringLiteral("scheduleWarningStyle")] = QStringLiteral("never");
-        auto editor = fake.workspace->add(200, QStringLiteral("Editor"));
+        fake.defaults->values[u"scheduleWarningStyle"_s] = u"never"_s;
+        auto editor = fake.workspace->add(200, u"Editor"_s);
         editor->refusesToQuit = true;
-        auto kept = fake.workspace->add(201, QStringLiteral("Kept"), QStringLiteral("com.kept"));
-        fake.defaults->values[QStringLiteral("excludedBundleIDs")] =
-            QStringList{QStringLiteral("com.kept")};
+        auto kept = fake.workspace->add(201, u"Kept"_s, u"com.kept"_s);
+        fake.defaults->values[u"excludedBundleIDs"_s] = QStringList{u"com.kept"_s};
         AppDelegate delegate(fake.platform);
         delegate.applicationDidFinishLaunching();
 
@@ -122,7 +116,7 @@ private slots:
         QVERIFY(fake.power->calls.isEmpty()); // still waiting for the editor
         fake.workspace->exit(200);            // the user saved and it quit
         fake.clock().advance(std::chrono::seconds(1));
-        QCOMPARE(fake.power->calls, QStringList{QStringLiteral("shutDown")});
+        QCOMPARE(fake.power->calls, QStringList{u"shutDown"_s});
         // The power action is told exactly whom quit-all asked, so it can refuse if they remain.
         QCOMPARE(fake.power->askedToQuit.size(), 1);
         QCOMPARE(fake.power->askedToQuit.first()->processIdentifier(), 200);
@@ -130,16 +124,15 @@ private slots:
         QCOMPARE(fake.power->calls.size(), 1);
 
         delegate.handleCommand(AppCommand::sleep);
-        QCOMPARE(fake.power->calls.last(), QStringLiteral("sleep"));
+        QCOMPARE(fake.power->calls.last(), u"sleep"_s);
         QCOMPARE(kept->terminateRequests, 0);
     }
 
     // The shortcuts follow the settings at once, and a press runs the same command as the menu.
     void shortcutsFollowTheSettingsAndDispatchLikeTheMenu() {
         FakePlatform fake;
-        fake.defaults->values[QStringLiteral("scheduleWarningStyle")] = QStringLiteral("never");
-        fake.defaults->values[QStringLiteral("disabledShortcutIDs")] =
-            QStringList{QStringLiteral("quitAllApps")};
+        fake.defaults->values[u"scheduleWarningStyle"_s] = u"never"_s;
+        fake.defaults->values[u"disabledShortcutIDs"_s] = QStringList{u"quitAllApps"_s};
         fake.hotKeys->held = {HotKeyService::hotKeyId(AppCommand::shutDown)};
         AppDelegate delegate(fake.platform);
         QVERIFY(fake.hotKeys->active.empty()); // nothing before launch
@@ -147,10 +140,10 @@ private slots:
         delegate.applicationDidFinishLaunching();
         QCOMPARE(fake.hotKeys->activeIds(), (QList<quint32>{2, 3}));
         QCOMPARE(delegate.hotKeyService().unavailable(), QList<AppCommand>{AppCommand::shutDown});
-        QCOMPARE(log.count(QStringLiteral("could not claim the Shut Down shortcut")), 1);
+        QCOMPARE(log.count(u"could not claim the Shut Down shortcut"_s), 1);
 
         emit fake.hotKeys->pressed(HotKeyService::hotKeyId(AppCommand::sleep));
-        QCOMPARE(fake.power->calls, QStringList{QStringLiteral("sleep")});
+        QCOMPARE(fake.power->calls, QStringList{u"sleep"_s});
 
         delegate.settings().setShortcut(AppCommand::restart, false);
         QCOMPARE(fake.hotKeys->activeIds(), QList<quint32>{2});
@@ -165,9 +158,8 @@ private slots:
         fake.clock().advance(std::chrono::seconds(0));
         delegate.handleCommand(AppCommand::sleep);
         QVERIFY(fake.power->calls.isEmpty());
-        fake.notifications->respond(QStringLiteral("Vantle.schedule.warning"),
-                                    QStringLiteral("Vantle.schedule.now"));
-        QCOMPARE(fake.power->calls, QStringList{QStringLiteral("sleep")});
+        fake.notifications->respond(u"Vantle.schedule.warning"_s, u"Vantle.schedule.now"_s);
+        QCOMPARE(fake.power->calls, QStringList{u"sleep"_s});
     }
 
     // The system's power schedule is brought up to date at launch, after each change of the
@@ -177,19 +169,15 @@ private slots:
         using Weekday = ShutdownSchedule::Weekday;
         FakePlatform fake; // Monday 2026-11-16 09:00
         fake.alerts->answer = {.button = 0};
-        ShutdownSchedule wake;
-        wake.action = Action::wake;
-        wake.days = {Weekday::tuesday};
-        wake.hour = 7;
-        wake.minute = 30;
+        const ShutdownSchedule wake{
+            .action = Action::wake, .days = {Weekday::tuesday}, .hour = 7, .minute = 30};
         AppDelegate delegate(fake.platform);
         delegate.settings().setShutdownSchedules({wake});
         QVERIFY(fake.scripts->administratorRuns.isEmpty());
 
         delegate.applicationDidFinishLaunching();
         QCOMPARE(fake.scripts->administratorRuns,
-                 QStringList{
-                     QStringLiteral("/opt/vantle/vantle-power schedule wake '11/17/26 07:30:00'")});
+                 QStringList{u"/opt/vantle/vantle-power schedule wake '11/17/26 07:30:00'"_s});
 
         ShutdownSchedule restart = wake;
         restart.id = QUuid::createUuid();
@@ -220,7 +208,7 @@ private slots:
     void launchesWithOutOfRangeSchedulesAndKeepsThem() {
         FakePlatform fake; // Monday 2026-11-16 09:00
         fake.alerts->answer = {.button = 0};
-        fake.defaults->values[QStringLiteral("scheduleWarningStyle")] = QStringLiteral("never");
+        fake.defaults->values[u"scheduleWarningStyle"_s] = u"never"_s;
         const auto entry = [](int n, const char* action, const char* hour, const char* minute) {
             return QStringLiteral("{\"id\":\"0000000%1-2D3F-4A5B-8C9D-0E1F2A3B4C5D\","
                                   "\"isEnabled\":true,\"action\":\"%2\",\"days\":[2,3],"
@@ -229,36 +217,34 @@ private slots:
                 .arg(QLatin1String(action), QLatin1String(hour), QLatin1String(minute));
         };
         const QByteArray stored =
-            QStringLiteral("[%1]")
+            u"[%1]"_s
                 .arg(QStringList{entry(1, "Shut Down", "1e18", "0"), entry(2, "Sleep", "9", "-1"),
                                  entry(3, "Wake", "99", "30"), entry(4, "Sleep", "9", "1"),
                                  entry(5, "Power On", "7", "30"), entry(5, "Restart", "8", "0")}
                          .join(QLatin1Char(',')))
                 .toUtf8();
-        fake.defaults->values[QStringLiteral("shutdownSchedules")] = stored;
+        fake.defaults->values[u"shutdownSchedules"_s] = stored;
         LogCapture log;
         AppDelegate delegate(fake.platform);
         delegate.applicationDidFinishLaunching();
         fake.clock().advance(std::chrono::minutes(3)); // through 09:01 and a resync
 
-        QCOMPARE(fake.defaults->values.value(QStringLiteral("shutdownSchedules")),
-                 DefaultsValue(stored));
+        QCOMPARE(fake.defaults->values.value(u"shutdownSchedules"_s), DefaultsValue(stored));
         QCOMPARE(delegate.settings().shutdownSchedules().size(), 6);
-        QCOMPARE(log.count(QStringLiteral("is not run")), 4);
-        QCOMPARE(log.count(QStringLiteral("Restart at 08:00 (id 00000005")), 1);
+        QCOMPARE(log.count(u"is not run"_s), 4);
+        QCOMPARE(log.count(u"Restart at 08:00 (id 00000005"_s), 1);
         QCOMPARE(fake.scripts->administratorRuns,
                  QStringList{QStringLiteral(
                      "/opt/vantle/vantle-power schedule poweron '11/17/26 07:30:00'")});
-        QCOMPARE(fake.power->calls, QStringList{QStringLiteral("sleep")});
+        QCOMPARE(fake.power->calls, QStringList{u"sleep"_s});
 
         QList<ShutdownSchedule> edited = delegate.settings().shutdownSchedules();
         edited[3].minute = 2;
         delegate.settings().setShutdownSchedules(edited);
-        QCOMPARE(log.count(QStringLiteral("is not run")), 4);
+        QCOMPARE(log.count(u"is not run"_s), 4);
         // What the user wrote survives the next write, bad values included.
-        QCOMPARE(
-            decodeShutdownSchedules(*fake.defaults->dataValue(QStringLiteral("shutdownSchedules"))),
-            edited);
+        QCOMPARE(decodeShutdownSchedules(*fake.defaults->dataValue(u"shutdownSchedules"_s)),
+                 edited);
     }
 
     // What another launch sends: `vantle --settings [tab]` opens the window on that tab, a

@@ -1,6 +1,5 @@
-#include "support/PrivateSessionBus.h"
+#include "support/DBusMock.h"
 
-#include <QDBusConnectionInterface>
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -147,29 +146,15 @@ private slots:
 
     // The report carries the status the running app would act on.
     void diagnosticsCarriesTheNotificationStatus() {
-        vantle::testing::PrivateSessionBus bus;
-        if (!bus.isRunning()) {
-            QSKIP(qPrintable(bus.error()));
-        }
+        vantle::testing::MockedBus bus;
+        VANTLE_SKIP_WITHOUT(bus);
         QVERIFY(
             vantle({u"--diagnostics"_s}, false, bus.address())
                 .out.contains(u"\nNotifications: DENIED (warnings fall back to the window)\n"_s));
-
-        QProcess server;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, bus.address());
-        server.setProcessEnvironment(env);
-        server.start(u"/usr/bin/python3"_s,
-                     {u"-m"_s, u"dbusmock"_s, u"--template"_s, u"notification_daemon"_s, u"-p"_s,
-                      uR"({"capabilities": "body actions"})"_s});
-        QVERIFY(server.waitForStarted());
-        QTRY_VERIFY_WITH_TIMEOUT(
-            bus.connection().interface()->isServiceRegistered(u"org.freedesktop.Notifications"_s),
-            20'000);
+        QVERIFY(bus.start(u"notification_daemon"_s, u"org.freedesktop.Notifications"_s,
+                          {u"-p"_s, uR"({"capabilities": "body actions"})"_s}));
         QVERIFY(vantle({u"--diagnostics"_s}, false, bus.address())
                     .out.contains(u"\nNotifications: authorized\n"_s));
-        server.terminate();
-        server.waitForFinished();
     }
 };
 

@@ -1,9 +1,7 @@
 #include "support/DBusMock.h"
-#include "support/PrivateSessionBus.h"
 #include "support/VirtualDesktop.h"
 #include "support/X11Client.h"
 
-#include <QDBusConnectionInterface>
 #include <QDir>
 #include <QFile>
 #include <QScopeGuard>
@@ -20,19 +18,14 @@ class TestRemoteCommands : public QObject {
 
 private:
     std::unique_ptr<VirtualDesktop> m_desktop;
-    std::unique_ptr<PrivateSessionBus> m_bus;
-    std::unique_ptr<QProcess> m_logind;
-    std::unique_ptr<QProcess> m_app;
+    std::unique_ptr<MockedBus> m_bus;
+    std::unique_ptr<QProcess> m_app; // killed with the test, before the display and bus go
     QTemporaryDir m_home;
 
     int suspends() const {
-        return int(mockedCalls(m_bus->connection(), u"org.freedesktop.login1"_s,
-                               u"/org/freedesktop/login1"_s, u"Suspend"_s)
-                       .size());
-    }
-
-    int vantleCommand(const QString& name, QString* err) const {
-        return vantle({u"--command"_s, name}, err);
+        return int(
+            m_bus->calls(u"org.freedesktop.login1"_s, u"/org/freedesktop/login1"_s, u"Suspend"_s)
+                .size());
     }
 
     int vantle(const QStringList& arguments, QString* err) const {
@@ -58,19 +51,13 @@ private slots:
         if (!m_desktop->isRunning()) {
             QSKIP(qPrintable(m_desktop->error()));
         }
-        if (!hasDBusMock()) {
-            QSKIP("python3-dbusmock is not installed");
-        }
-        m_bus = std::make_unique<PrivateSessionBus>();
-        QVERIFY2(m_bus->isRunning(), qPrintable(m_bus->error()));
+        m_bus = std::make_unique<MockedBus>();
+        VANTLE_SKIP_WITHOUT(*m_bus);
         // Everything started from here, the app included, sees the private bus as system bus:
         // its sleep reaches the mock, never this machine.
         qputenv("DBUS_SYSTEM_BUS_ADDRESS", m_bus->address().toLocal8Bit());
         qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_home.path()));
-        m_logind = startDBusMock(m_bus->address(), u"logind"_s);
-        QTRY_VERIFY_WITH_TIMEOUT(
-            m_bus->connection().interface()->isServiceRegistered(u"org.freedesktop.login1"_s),
-            20'000);
+        QVERIFY(m_bus->start(u"logind"_s, u"org.freedesktop.login1"_s));
         // Sleep at once, without a warning, so the effect is the logind call itself.
         QDir().mkpath(m_home.path() + u"/vantle"_s);
         QFile settings(m_home.path() + u"/vantle/com.pelmark.vantle.json"_s);
@@ -78,18 +65,9 @@ private slots:
         settings.write(R"({"scheduleWarningStyle": "never"})");
     }
 
-    void cleanupTestCase() {
-        for (auto* process : {m_app.get(), m_logind.get()}) {
-            if (process) {
-                process->terminate();
-                process->waitForFinished(10'000);
-            }
-        }
-    }
-
     void noRunningCopyIsAnError() {
         QString err;
-        QCOMPARE(vantleCommand(u"sleep"_s, &err), 1);
+        QCOMPARE(vantle({u"--command"_s, u"sleep"_s}, &err), 1);
         QVERIFY2(err.contains(u"Vantle is not running"_s), qPrintable(err));
     }
 
@@ -127,7 +105,7 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(suspends(), 1, 10'000);
 
         QString err;
-        QCOMPARE(vantleCommand(u"sleep"_s, &err), 0);
+        QCOMPARE(vantle({u"--command"_s, u"sleep"_s}, &err), 0);
         QTRY_COMPARE_WITH_TIMEOUT(suspends(), 2, 10'000);
         QCOMPARE(m_app->state(), QProcess::Running);
     }

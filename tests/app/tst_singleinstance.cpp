@@ -9,9 +9,10 @@
 #include <memory>
 
 using vantle::testing::PrivateSessionBus;
+using namespace Qt::StringLiterals;
 
 namespace {
-const QString kServiceName = QStringLiteral("com.pelmark.vantle");
+const QString kServiceName = u"com.pelmark.vantle"_s;
 }
 
 // Starts real copies of vantle on a private session bus.
@@ -26,17 +27,17 @@ private:
     std::unique_ptr<QProcess> start(const QString& busAddress) const {
         auto process = std::make_unique<QProcess>();
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), busAddress);
-        env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-        env.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home.path());
-        env.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_runtime.path());
+        env.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, busAddress);
+        env.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
+        env.insert(u"XDG_CONFIG_HOME"_s, m_home.path());
+        env.insert(u"XDG_RUNTIME_DIR"_s, m_runtime.path());
         process->setProcessEnvironment(env);
         process->start(QStringLiteral(VANTLE_BINARY), {});
         return process;
     }
 
     QByteArray lockHolder() const {
-        QFile lock(m_runtime.filePath(QStringLiteral("com.pelmark.vantle.lock")));
+        QFile lock(m_runtime.filePath(u"com.pelmark.vantle.lock"_s));
         return lock.open(QIODevice::ReadOnly) ? lock.readAll().trimmed() : QByteArray();
     }
 
@@ -72,10 +73,9 @@ private slots:
         QCOMPARE(second->exitCode(), 0);
 
         QString firstLog;
-        QTRY_VERIFY_WITH_TIMEOUT(
-            (firstLog += QString::fromUtf8(first->readAllStandardError()))
-                .contains(QStringLiteral("another launch asked to show Vantle")),
-            10'000);
+        QTRY_VERIFY_WITH_TIMEOUT((firstLog += QString::fromUtf8(first->readAllStandardError()))
+                                     .contains(u"another launch asked to show Vantle"_s),
+                                 10'000);
         QCOMPARE(first->state(), QProcess::Running);
         stop(*first, SIGTERM);
         QVERIFY(!nameOwned());
@@ -98,7 +98,7 @@ private slots:
     // Without a bus the runtime folder's lock keeps to one copy, and the first copy ending
     // (even killed) frees it for the next.
     void withoutASessionBusALockKeepsToOneCopy() {
-        const QString noBus = QStringLiteral("unix:path=/nonexistent/vantle-test-bus");
+        const QString noBus = u"unix:path=/nonexistent/vantle-test-bus"_s;
         for (const int endSignal : {SIGKILL, SIGTERM}) {
             auto first = start(noBus);
             // The holder writes its pid once it has the lock.
@@ -106,15 +106,13 @@ private slots:
             // The pipe may deliver the log line after the lock file shows the pid.
             QString firstLog;
             QTRY_VERIFY_WITH_TIMEOUT((firstLog += QString::fromUtf8(first->readAllStandardError()))
-                                         .contains(QStringLiteral("no D-Bus session bus")),
+                                         .contains(u"no D-Bus session bus"_s),
                                      10'000);
             auto second = start(noBus);
             QVERIFY(second->waitForFinished(20'000));
             QCOMPARE(second->exitCode(), 0);
-            QVERIFY(
-                QString::fromUtf8(second->readAllStandardError())
-                    .contains(
-                        QStringLiteral("already running (process %1)").arg(first->processId())));
+            QVERIFY(QString::fromUtf8(second->readAllStandardError())
+                        .contains(u"already running (process %1)"_s.arg(first->processId())));
             QCOMPARE(first->state(), QProcess::Running);
             if (endSignal == SIGKILL) {
                 first->kill();

@@ -1,9 +1,8 @@
 // A minimal X client for integration tests: one top-level window that takes part in
 // WM_DELETE_WINDOW and ignores every close request, as an app with unsaved work would.
-//   refuser [--class NAME] [--accept] [--windows N]
+//   refuser [--class NAME] [--accept]
 // With --accept it closes like a well-behaved app instead. Prints "ready" once mapped and
 // "close requested" for each request.
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -26,14 +25,11 @@ xcb_atom_t intern(xcb_connection_t* c, const char* name) {
 int main(int argc, char* argv[]) {
     std::string wmClass = "Refuser";
     bool accept = false;
-    int windowCount = 1;
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--class") == 0 && i + 1 < argc) {
             wmClass = argv[++i];
         } else if (std::strcmp(argv[i], "--accept") == 0) {
             accept = true;
-        } else if (std::strcmp(argv[i], "--windows") == 0 && i + 1 < argc) {
-            windowCount = std::max(1, std::atoi(argv[++i]));
         }
     }
     xcb_connection_t* c = xcb_connect(nullptr, nullptr);
@@ -47,22 +43,19 @@ int main(int argc, char* argv[]) {
     const xcb_atom_t netWmPid = intern(c, "_NET_WM_PID");
     const std::string classProperty = wmClass + '\0' + wmClass + '\0';
     const uint32_t pid = static_cast<uint32_t>(getpid());
-    for (int i = 0; i < windowCount; ++i) {
-        const xcb_window_t window = xcb_generate_id(c);
-        const uint32_t values[] = {screen->white_pixel, XCB_EVENT_MASK_STRUCTURE_NOTIFY};
-        xcb_create_window(c, XCB_COPY_FROM_PARENT, window, screen->root, 0, 0, 200, 100, 0,
-                          XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual,
-                          XCB_CW_BACK_PIXEL | XCB_CW_EVENT_MASK, values);
-        xcb_change_property(c, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
-                            static_cast<uint32_t>(classProperty.size()), classProperty.data());
-        xcb_change_property(c, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8,
-                            static_cast<uint32_t>(wmClass.size()), wmClass.data());
-        xcb_change_property(c, XCB_PROP_MODE_REPLACE, window, netWmPid, XCB_ATOM_CARDINAL, 32, 1,
-                            &pid);
-        xcb_change_property(c, XCB_PROP_MODE_REPLACE, window, protocols, XCB_ATOM_ATOM, 32, 1,
-                            &deleteWindow);
-        xcb_map_window(c, window);
-    }
+    const xcb_window_t window = xcb_generate_id(c);
+    const uint32_t values[] = {screen->white_pixel, XCB_EVENT_MASK_STRUCTURE_NOTIFY};
+    xcb_create_window(c, XCB_COPY_FROM_PARENT, window, screen->root, 0, 0, 200, 100, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual,
+                      XCB_CW_BACK_PIXEL | XCB_CW_EVENT_MASK, values);
+    xcb_change_property(c, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
+                        static_cast<uint32_t>(classProperty.size()), classProperty.data());
+    xcb_change_property(c, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8,
+                        static_cast<uint32_t>(wmClass.size()), wmClass.data());
+    xcb_change_property(c, XCB_PROP_MODE_REPLACE, window, netWmPid, XCB_ATOM_CARDINAL, 32, 1, &pid);
+    xcb_change_property(c, XCB_PROP_MODE_REPLACE, window, protocols, XCB_ATOM_ATOM, 32, 1,
+                        &deleteWindow);
+    xcb_map_window(c, window);
     xcb_flush(c);
     std::printf("ready\n");
     std::fflush(stdout);

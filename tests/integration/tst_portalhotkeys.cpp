@@ -1,7 +1,6 @@
 #include "fakes/LogCapture.h"
 #include "platform/linux/PortalHotKeyRegistrar.h"
 #include "support/DBusMock.h"
-#include "support/PrivateSessionBus.h"
 #include "system/HotKeyService.h"
 
 #include <QDBusConnectionInterface>
@@ -28,22 +27,17 @@ class TestPortalHotKeys : public QObject {
     Q_OBJECT
 
 private:
-    std::unique_ptr<PrivateSessionBus> m_bus;
-    std::unique_ptr<QProcess> m_backend;
+    std::unique_ptr<MockedBus> m_bus;
     QProcess m_frontend;
     QTemporaryDir m_portals;
 
-    bool owned(const QString& name) const {
-        return m_bus->connection().interface()->isServiceRegistered(name);
-    }
-
     QList<QVariantList> backendCalls(const QString& path, const QString& method) const {
-        return mockedCalls(m_bus->connection(), kBackend, path, method);
+        return m_bus->calls(kBackend, path, method);
     }
 
     void startPortal(const QStringList& refuse) {
-        if (!QFile::exists(kFrontend) || !hasDBusMock()) {
-            QSKIP("xdg-desktop-portal or python3-dbusmock is not installed");
+        if (!QFile::exists(kFrontend)) {
+            QSKIP("xdg-desktop-portal is not installed");
         }
         QFile portal(m_portals.filePath(u"vantletest.portal"_s));
         QVERIFY(portal.open(QIODevice::WriteOnly));
@@ -51,10 +45,9 @@ private:
                      "Interfaces=org.freedesktop.impl.portal.GlobalShortcuts;\n"
                      "UseIn=vantletest\n");
         portal.close();
-        m_backend = startDBusMock(
-            m_bus->address(), QStringLiteral(VANTLE_PORTAL_BACKEND),
-            {u"--session"_s, u"-p"_s, uR"({"refuse": ["%1"]})"_s.arg(refuse.join(u"\", \""_s))});
-        QTRY_VERIFY_WITH_TIMEOUT(owned(kBackend), 20'000);
+        QVERIFY(m_bus->start(
+            QStringLiteral(VANTLE_PORTAL_BACKEND), kBackend,
+            {u"--session"_s, u"-p"_s, uR"({"refuse": ["%1"]})"_s.arg(refuse.join(u"\", \""_s))}));
 
         // Only the mock: the portal directory and desktop name leave it no other choice.
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
@@ -67,13 +60,15 @@ private:
         m_frontend.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         m_frontend.setStandardOutputFile(QProcess::nullDevice());
         m_frontend.start(kFrontend, {u"--replace"_s});
-        QTRY_VERIFY_WITH_TIMEOUT(owned(u"org.freedesktop.portal.Desktop"_s), 20'000);
+        QTRY_VERIFY_WITH_TIMEOUT(m_bus->connection().interface()->isServiceRegistered(
+                                     u"org.freedesktop.portal.Desktop"_s),
+                                 20'000);
     }
 
     // Drives the mocked desktop: Press(id), Rebind(id, trigger).
     void desktop(const QString& method, const QVariantList& arguments) const {
-        QDBusMessage call = QDBusMessage::createMethodCall(
-            kBackend, kPortalPath, u"org.freedesktop.DBus.Mock"_s, method);
+        QDBusMessage call = QDBusMessage::createMethodCall(kBackend, kPortalPath,
+                                                           u"org.freedesktop.DBus.Mock"_s, method);
         call.setArguments(arguments);
         QCOMPARE(m_bus->connection().call(call).type(), QDBusMessage::ReplyMessage);
     }
@@ -81,20 +76,15 @@ private:
 
 private slots:
     void init() {
-        m_bus = std::make_unique<PrivateSessionBus>();
-        if (!m_bus->isRunning()) {
-            QSKIP(qPrintable(m_bus->error()));
-        }
+        m_bus = std::make_unique<MockedBus>();
+        VANTLE_SKIP_WITHOUT(*m_bus);
     }
 
     void cleanup() {
-        for (QProcess* process : {&m_frontend, m_backend.get()}) {
-            if (process && process->state() != QProcess::NotRunning) {
-                process->terminate();
-                process->waitForFinished(10'000);
-            }
+        if (m_frontend.state() != QProcess::NotRunning) {
+            m_frontend.terminate();
+            m_frontend.waitForFinished(10'000);
         }
-        m_backend.reset();
         m_bus.reset();
     }
 

@@ -1,4 +1,5 @@
 #include "model/AppRule.h"
+#include "model/KeyCombo.h"
 #include "model/ShutdownSchedule.h"
 
 #include <QTest>
@@ -25,16 +26,9 @@ QByteArray schedule(const char* from, const char* to) {
     return edited(kSchedule, from, to);
 }
 
-ShutdownSchedule weeknightShutdown() {
-    return {.id = QUuid::fromString(u"0a7e5b1c-2d3f-4a5b-8c9d-0e1f2a3b4c5d"_s),
-            .action = ShutdownSchedule::Action::shutdown,
-            .days = {Weekday::monday, Weekday::tuesday, Weekday::wednesday, Weekday::thursday,
-                     Weekday::friday},
-            .hour = 23};
-}
-
 } // namespace
 
+// What is stored as it is (rules, schedules) and the key bindings the commands are shown with.
 class TestRecords : public QObject {
     Q_OBJECT
 
@@ -64,7 +58,13 @@ private slots:
                                               R"("action":"quit","timeoutMinutes":)") +
                                    text + "}]"));
         }
-        QCOMPARE(encodeShutdownSchedules({weeknightShutdown()}),
+        const ShutdownSchedule weeknights{
+            .id = QUuid::fromString(u"0a7e5b1c-2d3f-4a5b-8c9d-0e1f2a3b4c5d"_s),
+            .action = ShutdownSchedule::Action::shutdown,
+            .days = {Weekday::monday, Weekday::tuesday, Weekday::wednesday, Weekday::thursday,
+                     Weekday::friday},
+            .hour = 23};
+        QCOMPARE(encodeShutdownSchedules({weeknights}),
                  QByteArray(R"([{"id":"0A7E5B1C-2D3F-4A5B-8C9D-0E1F2A3B4C5D","isEnabled":true,)"
                             R"("action":"Shut Down","days":[2,3,4,5,6],"hour":23,"minute":0}])"));
         QCOMPARE(encodeShutdownSchedules({}), QByteArray("[]"));
@@ -154,6 +154,45 @@ private slots:
         QVERIFY(schedule.occursOn(date));
         QVERIFY(!schedule.occursOn(date.addDays(1)));
         QVERIFY(!schedule.occursOn(date.addDays(-1)));
+    }
+
+    // The key caps both platforms show, and the masks the macOS calls and menus take.
+    void bindings_data() {
+        QTest::addColumn<AppCommand>("command");
+        QTest::addColumn<QString>("mac");
+        QTest::addColumn<QString>("onLinux");
+        QTest::addColumn<quint32>("hotKeyMask");
+        QTest::addColumn<quint64>("menuMask");
+        QTest::addColumn<int>("keyCode");
+        const auto row = [](AppCommand c, QString mac, QString onLinux, quint32 hot, quint64 menu,
+                            int code) {
+            QTest::newRow(qPrintable(rawValue(c))) << c << mac << onLinux << hot << menu << code;
+        };
+        row(AppCommand::quitAllApps, u"⌃⌥⌘Q"_s, u"Ctrl+Alt+Super+Q"_s, 0x1900, 0x1C0000, 12);
+        row(AppCommand::sleep, u"⌃⌥⌘S"_s, u"Ctrl+Alt+Super+S"_s, 0x1900, 0x1C0000, 1);
+        row(AppCommand::restart, u"⌃⌥⌘R"_s, u"Ctrl+Alt+Super+R"_s, 0x1900, 0x1C0000, 15);
+        row(AppCommand::shutDown, u"⌃⌥⌘D"_s, u"Ctrl+Alt+Super+D"_s, 0x1900, 0x1C0000, 2);
+        row(AppCommand::focusSearch, u"⌘F"_s, u"Ctrl+F"_s, 0x100, 0x100000, -1);
+        row(AppCommand::selectAll, u"⇧⌘A"_s, u"Shift+Ctrl+A"_s, 0x300, 0x120000, -1);
+        row(AppCommand::quitSelected, u"⌘↩"_s, u"Ctrl+Enter"_s, 0x100, 0x100000, -1);
+    }
+    void bindings() {
+        QFETCH(AppCommand, command);
+        QFETCH(QString, mac);
+        QFETCH(QString, onLinux);
+        QFETCH(quint32, hotKeyMask);
+        QFETCH(quint64, menuMask);
+        QFETCH(int, keyCode);
+        const CommandBinding& binding = commandBinding(command);
+        QCOMPARE(binding.command, command);
+        QCOMPARE(binding.keyCap(KeyCapStyle::macOS), mac);
+        QCOMPARE(binding.keyCap(KeyCapStyle::linuxDesktop), onLinux);
+        QCOMPARE(binding.combo.hotKeyModifierMask(), hotKeyMask);
+        QCOMPARE(binding.combo.menuModifierMask(), menuMask);
+        // Only the system-wide commands have a key of their own.
+        QCOMPARE(binding.combo.carbonKeyCode,
+                 keyCode >= 0 ? std::optional(quint32(keyCode)) : std::nullopt);
+        QCOMPARE(isGlobalCommand(command), keyCode >= 0);
     }
 };
 

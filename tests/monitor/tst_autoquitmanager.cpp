@@ -1,6 +1,7 @@
 #include "fakes/FakeBundleInfo.h"
 #include "fakes/FakeIdleTime.h"
 #include "fakes/FakeWorkspace.h"
+#include "fakes/LogCapture.h"
 #include "fakes/ManualClock.h"
 #include "fakes/MemoryDefaultsStore.h"
 #include "model/AppSettings.h"
@@ -9,6 +10,7 @@
 #include "monitor/AutoQuitManager.h"
 #include "monitor/IdleMonitorService.h"
 
+#include <QSignalSpy>
 #include <QTest>
 #include <memory>
 
@@ -66,6 +68,35 @@ class TestAutoQuitManager : public QObject {
     Q_OBJECT
 
 private slots:
+    void idleIsSampledAtOnceThenEveryIntervalAndNoReadingMeansPresent() {
+        Rig r;
+        LogCapture log;
+        QSignalSpy published(&r.idleMonitor, &IdleMonitorService::systemIdleSecondsChanged);
+
+        r.idle.seconds = 42;
+        r.idleMonitor.start(30);
+        QCOMPARE(r.idleMonitor.systemIdleSeconds(), 42.0);
+        r.clock.advance(29999ms);
+        QCOMPARE(r.idle.samples, 1);
+        r.clock.advance(1ms);
+        QCOMPARE(r.idle.samples, 2);
+        QCOMPARE(published.count(), 2); // unchanged samples are published too
+
+        // A second start replaces the loop rather than adding one.
+        r.idle.seconds = 7.5;
+        r.idleMonitor.start(10);
+        QCOMPARE(r.idleMonitor.systemIdleSeconds(), 7.5);
+        r.clock.advance(30s);
+        QCOMPARE(r.idle.samples, 3 + 3);
+
+        // Without a reading the user counts as present; that is logged once.
+        r.idle.seconds = std::nullopt;
+        r.clock.advance(10s);
+        QCOMPARE(r.idleMonitor.systemIdleSeconds(), 0.0);
+        r.clock.advance(5min);
+        QCOMPARE(log.count(u"idle time is unavailable"_s), 1);
+    }
+
     void idleSweepFiresOncePerIdlePeriod() {
         Rig r;
         r.workspace.add(10, u"Front"_s, u"com.front"_s);
@@ -113,13 +144,19 @@ private slots:
         QCOMPARE(r.batches, Batches());
     }
 
-    void ruleTimeoutIsInclusive() {
+    // Inclusive time-outs; the frontmost app and, while protected, menu-bar apps are spared.
+    void rulesActAtTheirTimeoutAndSpareAppsInUse() {
         Rig r;
         r.workspace.add(10, u"Quit"_s, u"com.quit"_s);
         auto hidden = r.workspace.add(11, u"Hide"_s, u"com.hide"_s);
+        r.workspace.add(12, u"Front"_s, u"com.front"_s);
+        r.workspace.add(13, u"Menu"_s, u"com.menu"_s, ActivationPolicy::accessory);
+        r.workspace.frontmost = 12;
         r.wire();
         r.settings.setAppRules({AppRule{u"com.quit"_s, u"Quit"_s, AppRule::Action::quit, 5},
                                 AppRule{u"com.hide"_s, u"Hide"_s, AppRule::Action::hide, 5}});
+        r.quitRule(u"com.front"_s, 1);
+        r.quitRule(u"com.menu"_s, 1);
 
         // Never activated: idle since first seen.
         r.clock.advance(299'999ms);
@@ -130,25 +167,11 @@ private slots:
         r.manager.evaluate();
         QCOMPARE(r.batches, Batches({{10}}));
         QCOMPARE(hidden->hideRequests, 1);
-    }
-
-    void rulesSpareTheFrontmostAndMenuBarApps() {
-        Rig r;
-        r.workspace.add(10, u"Front"_s, u"com.front"_s);
-        r.workspace.add(11, u"Menu"_s, u"com.menu"_s, ActivationPolicy::accessory);
-        r.workspace.frontmost = 10;
-        r.wire();
-        r.quitRule(u"com.front"_s, 1);
-        r.quitRule(u"com.menu"_s, 1);
-
-        r.clock.advance(3h);
-        r.manager.evaluate();
-        QCOMPARE(r.batches, Batches());
 
         r.settings.setProtectMenuBarApps(false);
         r.workspace.frontmost.reset();
         r.manager.evaluate();
-        QCOMPARE(r.batches, Batches({{10, 11}}));
+        QCOMPARE(r.batches.last(), QList<qint32>({10, 12, 13}));
     }
 
     void onePassHandsOverTheSweepThenTheRulesInRuleOrder() {

@@ -12,6 +12,7 @@
 
 using namespace vantle;
 using std::chrono::seconds;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -49,7 +50,7 @@ class TestQuitWarningService : public QObject {
         QList<QList<qint32>> cancels;
         QStringList forwarded;
 
-        explicit Rig(const QString& style = QStringLiteral("notification")) {
+        explicit Rig(const QString& style = u"notification"_s) {
             settings.setQuitWarningStyle(style);
             service.setSettings(&settings);
             service.onQuit = [this](const QList<AppInfo>& apps) { quits << pids(apps); };
@@ -63,13 +64,10 @@ class TestQuitWarningService : public QObject {
 private slots:
     void registersItsCategoryAndAsksOnceForPermission() {
         Rig rig;
-        QCOMPARE(rig.center.categoryList.size(), 1);
-        const NotificationCategory& category = rig.center.categoryList.first();
-        QCOMPARE(category.identifier, QStringLiteral("Vantle.autoQuit"));
-        QCOMPARE(category.actions,
-                 (QList<NotificationAction>{
-                     {QStringLiteral("Vantle.autoQuit.quitNow"), QStringLiteral("Quit Now")},
-                     {QStringLiteral("Vantle.autoQuit.cancel"), QStringLiteral("Cancel")}}));
+        QCOMPARE(rig.center.categoryList,
+                 (QList<NotificationCategory>{{u"Vantle.autoQuit"_s,
+                                               {{u"Vantle.autoQuit.quitNow"_s, u"Quit Now"_s},
+                                                {u"Vantle.autoQuit.cancel"_s, u"Cancel"_s}}}}));
         // Already authorized: no prompt.
         QCOMPARE(rig.center.authorizationRequests, 0);
 
@@ -91,14 +89,11 @@ private slots:
         QTest::addColumn<QList<AppInfo>>("apps");
         QTest::addColumn<QString>("title");
         QTest::addColumn<QString>("body");
-        QTest::newRow("one") << QList<AppInfo>{app(1, QStringLiteral("Safari"))}
-                             << QStringLiteral("Quitting an Idle App")
-                             << QStringLiteral("Safari — in 60s. Cancel to keep it open.");
-        QTest::newRow("two") << QList<AppInfo>{app(1, QStringLiteral("Safari")),
-                                               app(2, QStringLiteral("Notes %2"))}
-                             << QStringLiteral("Quitting Idle Apps")
-                             << QStringLiteral(
-                                    "Safari, Notes %2 — in 60s. Cancel to keep them open.");
+        QTest::newRow("one") << QList<AppInfo>{app(1, u"Safari"_s)} << u"Quitting an Idle App"_s
+                             << u"Safari — in 60s. Cancel to keep it open."_s;
+        QTest::newRow("two") << QList<AppInfo>{app(1, u"Safari"_s), app(2, u"Notes %2"_s)}
+                             << u"Quitting Idle Apps"_s
+                             << u"Safari, Notes %2 — in 60s. Cancel to keep them open."_s;
     }
     void notificationWordsTheBatch() {
         QFETCH(QList<AppInfo>, apps);
@@ -106,13 +101,9 @@ private slots:
         QFETCH(QString, body);
         Rig rig;
         rig.service.present(apps);
-        QCOMPARE(rig.center.posted.size(), 1);
-        const NotificationRequest& posted = rig.center.posted.first();
-        QCOMPARE(posted.identifier, QStringLiteral("Vantle.autoQuit.warning"));
-        QCOMPARE(posted.title, title);
-        QCOMPARE(posted.body, body);
-        QCOMPARE(posted.categoryIdentifier, QStringLiteral("Vantle.autoQuit"));
-        QCOMPARE(posted.interruptionLevel, InterruptionLevel::timeSensitive);
+        QCOMPARE(rig.center.posted, (QList<NotificationRequest>{
+                                        {u"Vantle.autoQuit.warning"_s, title, body,
+                                         u"Vantle.autoQuit"_s, InterruptionLevel::timeSensitive}}));
         QCOMPARE(rig.service.presenting(), QuitWarningService::Presenting::notification);
         QVERIFY(!rig.presenter->open);
     }
@@ -120,13 +111,13 @@ private slots:
     void countdownQuitsTheBatchInArrivalOrder() {
         Rig rig;
         rig.settings.setQuitWarningSeconds(3.9); // truncated to 3
-        rig.service.present({app(5, QStringLiteral("B")), app(4, QStringLiteral("A"))});
+        rig.service.present({app(5, u"B"_s), app(4, u"A"_s)});
         rig.clock.advance(seconds(2));
         QCOMPARE(rig.service.state().secondsLeft(), 1);
         QVERIFY(rig.quits.isEmpty());
         rig.clock.advance(seconds(1));
         QCOMPARE(rig.quits, (QList<QList<qint32>>{{5, 4}}));
-        QVERIFY(rig.center.removed.contains(QStringLiteral("Vantle.autoQuit.warning")));
+        QVERIFY(rig.center.removed.contains(u"Vantle.autoQuit.warning"_s));
         QVERIFY(rig.service.state().apps().isEmpty());
         QCOMPARE(rig.service.presenting(), QuitWarningService::Presenting::none);
         rig.clock.advance(seconds(10)); // the timer is gone
@@ -136,24 +127,24 @@ private slots:
     // The engine hands the same idle app over every minute; only new apps restart the count.
     void repeatsAreIgnoredAndNewcomersRestartTheCount() {
         Rig rig;
-        rig.service.present({app(1, QStringLiteral("A"))});
+        rig.service.present({app(1, u"A"_s)});
         rig.clock.advance(seconds(48));
-        rig.service.present({app(1, QStringLiteral("A"))});
+        rig.service.present({app(1, u"A"_s)});
         QCOMPARE(rig.service.state().secondsLeft(), 12);
         QCOMPARE(rig.center.posted.size(), 1);
 
-        rig.service.present({app(1, QStringLiteral("A")), app(2, QStringLiteral("B"))});
+        rig.service.present({app(1, u"A"_s), app(2, u"B"_s)});
         QCOMPARE(rig.service.state().secondsLeft(), 60);
         QCOMPARE(pids(rig.service.state().apps()), (QList<qint32>{1, 2}));
         QCOMPARE(rig.center.posted.size(), 2);
-        QCOMPARE(rig.center.posted.last().title, QStringLiteral("Quitting Idle Apps"));
+        QCOMPARE(rig.center.posted.last().title, u"Quitting Idle Apps"_s);
         rig.clock.advance(seconds(60));
         QCOMPARE(rig.quits, (QList<QList<qint32>>{{1, 2}}));
     }
 
     void neverQuitsAtOnceWithoutDeduplicating() {
-        Rig rig(QStringLiteral("never"));
-        rig.service.present({app(1, QStringLiteral("A")), app(1, QStringLiteral("A"))});
+        Rig rig(u"never"_s);
+        rig.service.present({app(1, u"A"_s), app(1, u"A"_s)});
         QCOMPARE(rig.quits, (QList<QList<qint32>>{{1, 1}}));
         QVERIFY(rig.center.posted.isEmpty());
         QCOMPARE(rig.presenter->shows, 0);
@@ -161,23 +152,20 @@ private slots:
 
     void responsesEndOrForward() {
         Rig rig;
-        rig.service.present({app(1, QStringLiteral("A"))});
-        rig.center.respond(QStringLiteral("Vantle.schedule.warning"),
-                           QStringLiteral("Vantle.schedule.now"));
-        rig.center.respond(QStringLiteral("Vantle.autoQuit.warning"),
+        rig.service.present({app(1, u"A"_s)});
+        rig.center.respond(u"Vantle.schedule.warning"_s, u"Vantle.schedule.now"_s);
+        rig.center.respond(u"Vantle.autoQuit.warning"_s,
                            NotificationCenter::kDefaultActionIdentifier);
-        QCOMPARE(rig.forwarded, (QStringList{QStringLiteral("Vantle.schedule.now"),
+        QCOMPARE(rig.forwarded, (QStringList{u"Vantle.schedule.now"_s,
                                              NotificationCenter::kDefaultActionIdentifier}));
         QCOMPARE(rig.service.state().apps().size(), 1); // foreign actions leave it running
 
-        rig.center.respond(QStringLiteral("Vantle.autoQuit.warning"),
-                           QStringLiteral("Vantle.autoQuit.cancel"));
+        rig.center.respond(u"Vantle.autoQuit.warning"_s, u"Vantle.autoQuit.cancel"_s);
         QCOMPARE(rig.cancels, (QList<QList<qint32>>{{1}}));
         QVERIFY(rig.quits.isEmpty());
 
-        rig.service.present({app(2, QStringLiteral("B"))});
-        rig.center.respond(QStringLiteral("Vantle.autoQuit.warning"),
-                           QStringLiteral("Vantle.autoQuit.quitNow"));
+        rig.service.present({app(2, u"B"_s)});
+        rig.center.respond(u"Vantle.autoQuit.warning"_s, u"Vantle.autoQuit.quitNow"_s);
         QCOMPARE(rig.quits, (QList<QList<qint32>>{{2}}));
     }
 
@@ -185,10 +173,10 @@ private slots:
     void panelForWindowStyleAndWhenNotificationsAreDenied_data() {
         QTest::addColumn<QString>("style");
         QTest::addColumn<AuthorizationStatus>("status");
-        QTest::newRow("window") << QStringLiteral("window") << AuthorizationStatus::authorized;
-        QTest::newRow("denied") << QStringLiteral("notification") << AuthorizationStatus::denied;
+        QTest::newRow("window") << u"window"_s << AuthorizationStatus::authorized;
+        QTest::newRow("denied") << u"notification"_s << AuthorizationStatus::denied;
         QTest::newRow("unknown style, not determined")
-            << QStringLiteral("banner") << AuthorizationStatus::notDetermined;
+            << u"banner"_s << AuthorizationStatus::notDetermined;
     }
     void panelForWindowStyleAndWhenNotificationsAreDenied() {
         QFETCH(QString, style);
@@ -196,8 +184,8 @@ private slots:
         Rig rig(style);
         rig.center.status = status;
         rig.authority.refresh();
-        rig.service.present({app(1, QStringLiteral("A"))});
-        rig.service.present({app(2, QStringLiteral("B"))});
+        rig.service.present({app(1, u"A"_s)});
+        rig.service.present({app(2, u"B"_s)});
         QVERIFY(rig.center.posted.isEmpty());
         QVERIFY(rig.presenter->open);
         QCOMPARE(rig.service.presenting(), QuitWarningService::Presenting::window);
@@ -206,7 +194,7 @@ private slots:
         rig.presenter->cancel();
         QCOMPARE(rig.cancels, (QList<QList<qint32>>{{1, 2}}));
         QVERIFY(!rig.presenter->open);
-        rig.service.present({app(3, QStringLiteral("C"))});
+        rig.service.present({app(3, u"C"_s)});
         rig.presenter->confirm();
         QCOMPARE(rig.quits, (QList<QList<qint32>>{{3}}));
     }
@@ -216,13 +204,10 @@ private slots:
         QTest::addColumn<AuthorizationStatus>("status");
         QTest::addColumn<bool>("reported");
         QTest::newRow("notification")
-            << QStringLiteral("notification") << AuthorizationStatus::provisional << true;
-        QTest::newRow("window") << QStringLiteral("window") << AuthorizationStatus::authorized
-                                << false;
-        QTest::newRow("never") << QStringLiteral("never") << AuthorizationStatus::authorized
-                               << false;
-        QTest::newRow("denied") << QStringLiteral("notification") << AuthorizationStatus::denied
-                                << false;
+            << u"notification"_s << AuthorizationStatus::provisional << true;
+        QTest::newRow("window") << u"window"_s << AuthorizationStatus::authorized << false;
+        QTest::newRow("never") << u"never"_s << AuthorizationStatus::authorized << false;
+        QTest::newRow("denied") << u"notification"_s << AuthorizationStatus::denied << false;
     }
     void refusalsAreReportedOnlyByNotification() {
         QFETCH(QString, style);
@@ -232,19 +217,13 @@ private slots:
         rig.center.status = status;
         rig.authority.refresh();
         rig.service.reportRefused({});
-        rig.service.reportRefused(
-            {app(1, QStringLiteral("Pages")), app(2, QStringLiteral("Mail"))});
-        QCOMPARE(rig.center.posted.size(), reported ? 1 : 0);
-        if (reported) {
-            const NotificationRequest& posted = rig.center.posted.first();
-            QCOMPARE(posted.identifier, QStringLiteral("Vantle.autoQuit.refused"));
-            QCOMPARE(posted.title, QStringLiteral("Some Apps Wouldn't Quit"));
-            QCOMPARE(posted.body,
-                     QStringLiteral(
-                         "Pages, Mail — still running, probably waiting on unsaved changes."));
-            QVERIFY(posted.categoryIdentifier.isEmpty());
-            QCOMPARE(posted.interruptionLevel, InterruptionLevel::active);
-        }
+        rig.service.reportRefused({app(1, u"Pages"_s), app(2, u"Mail"_s)});
+        const NotificationRequest refused{
+            u"Vantle.autoQuit.refused"_s, u"Some Apps Wouldn't Quit"_s,
+            u"Pages, Mail — still running, probably waiting on unsaved changes."_s, QString(),
+            InterruptionLevel::active};
+        QCOMPARE(rig.center.posted,
+                 reported ? QList<NotificationRequest>{refused} : QList<NotificationRequest>());
     }
 };
 

@@ -6,7 +6,6 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
-#include <algorithm>
 
 using namespace vantle;
 using namespace Qt::StringLiterals;
@@ -46,17 +45,12 @@ private slots:
     }
 
     void listsWhatALauncherShows() {
-        GioApplicationCatalog catalog;
-        const QList<ApplicationCatalog::Application> apps = catalog.installedApplications();
-        const auto find = [&apps](const QString& id) {
-            return std::find_if(apps.cbegin(), apps.cend(),
-                                [&id](const auto& app) { return app.id == id; });
-        };
-        const auto notes = find(u"org.example.Notes"_s);
-        QVERIFY(notes != apps.cend());
-        QCOMPARE(notes->name, u"Example Notes"_s);
-        QCOMPARE(notes->iconName, u"notes"_s);
-        QVERIFY(find(u"org.example.Hidden"_s) == apps.cend());
+        QStringList listed;
+        for (const auto& app : GioApplicationCatalog().installedApplications()) {
+            listed << app.id + u'|' + app.name + u'|' + app.iconName;
+        }
+        QVERIFY(listed.contains(u"org.example.Notes|Example Notes|notes"_s));
+        QVERIFY(!listed.join(u'\n').contains(u"org.example.Hidden"_s));
     }
 
     void readsEntriesFromAnywhere_data() {

@@ -6,7 +6,6 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
@@ -18,12 +17,12 @@
 
 using namespace vantle;
 using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr auto kDomain = "com.pelmark.vantle";
 constexpr auto kWriterEnv = "VANTLE_TEST_SETTINGS_WRITER";
-constexpr auto kLockHolderEnv = "VANTLE_TEST_SETTINGS_LOCK_HOLDER";
 // Well past the 5 s a save used to wait for a busy lock, well above a slow sanitizer build.
 constexpr qint64 kInterfaceBudgetMs = 500;
 
@@ -39,13 +38,13 @@ void writeAll(const QString& path, const QByteArray& bytes) {
 }
 
 QStringList asideFiles(const QString& dir) {
-    return QDir(dir).entryList({QStringLiteral("*.corrupt-*")}, QDir::Files);
+    return QDir(dir).entryList({u"*.corrupt-*"_s}, QDir::Files);
 }
 
 QStringList tempLeftovers(const QString& dir) {
-    QStringList names = QDir(dir).entryList({QStringLiteral("com.pelmark.vantle.json.*")},
-                                            QDir::Files | QDir::Hidden);
-    names.removeIf([](const QString& name) { return name.contains(QStringLiteral("corrupt")); });
+    QStringList names =
+        QDir(dir).entryList({u"com.pelmark.vantle.json.*"_s}, QDir::Files | QDir::Hidden);
+    names.removeIf([](const QString& name) { return name.contains(u"corrupt"_s); });
     return names;
 }
 
@@ -53,25 +52,10 @@ QStringList tempLeftovers(const QString& dir) {
 int runWriter(const QString& dir) {
     ManualClock clock;
     FileDefaultsStore store(dir, QString::fromLatin1(kDomain), clock);
-    store.setObject(QStringLiteral("padding"), QByteArray(64 * 1024, 'x'));
+    store.setObject(u"padding"_s, QByteArray(64 * 1024, 'x'));
     for (int i = 0;; ++i) {
-        store.setObject(QStringLiteral("k%1").arg(i), i);
+        store.setObject(u"k%1"_s.arg(i), i);
     }
-}
-
-// Child process standing in for a second running copy: holds the settings lock until its input
-// closes.
-int runLockHolder(const QString& lockPath) {
-    FileLock lock(lockPath);
-    if (lock.tryLock() != FileLock::Result::Acquired) {
-        return 1;
-    }
-    std::fputs("locked\n", stdout);
-    std::fflush(stdout);
-    char buffer[64];
-    while (::read(STDIN_FILENO, buffer, sizeof buffer) > 0) {
-    }
-    return 0;
 }
 
 // Makes a folder one the test cannot write to, even when the tests run as root.
@@ -105,8 +89,8 @@ class TestFileDefaultsStore : public QObject {
 private:
     QTemporaryDir m_dir;
     ManualClock m_clock;
-    QString path() const { return m_dir.path() + QStringLiteral("/com.pelmark.vantle.json"); }
-    QString lockPath() const { return m_dir.path() + QStringLiteral("/.com.pelmark.vantle.lock"); }
+    QString path() const { return m_dir.path() + u"/com.pelmark.vantle.json"_s; }
+    QString lockPath() const { return m_dir.path() + u"/.com.pelmark.vantle.lock"_s; }
     std::unique_ptr<FileDefaultsStore>
     open(FileDefaultsStore::Mode mode = FileDefaultsStore::Mode::ReadWrite) {
         return std::make_unique<FileDefaultsStore>(m_dir.path(), QString::fromLatin1(kDomain),
@@ -131,48 +115,42 @@ private slots:
     }
 
     void valuesKeepTheirTypeAcrossRestarts() {
-        const QByteArray binary("\x00\xff\xfe", 3);
+        const QList<std::pair<QString, DefaultsValue>> values{
+            {u"bool"_s, true},
+            {u"double"_s, 0.5},
+            {u"string"_s, "notification"},
+            {u"numberText"_s, "45"}, // a string that looks like a number stays a string
+            {u"list"_s, QStringList{u"a"_s, QString()}},
+            {u"text"_s, QByteArray(R"([{"name":"Café"}])")},
+            {u"binary"_s, QByteArray("\x00\xff\xfe", 3)}};
         {
             const auto store = open();
-            store->setObject(QStringLiteral("bool"), true);
-            store->setObject(QStringLiteral("double"), 0.5);
-            store->setObject(QStringLiteral("string"), QStringLiteral("notification"));
-            store->setObject(QStringLiteral("numberText"), QStringLiteral("45"));
-            store->setObject(QStringLiteral("list"), QStringList{QStringLiteral("a"), QString()});
-            store->setObject(QStringLiteral("text"), QByteArray(R"([{"name":"Café"}])"));
-            store->setObject(QStringLiteral("binary"), binary);
-            store->setObject(QStringLiteral("gone"), 1);
-            store->removeObject(QStringLiteral("gone"));
+            for (const auto& [key, value] : values) {
+                store->setObject(key, value);
+            }
+            store->setObject(u"gone"_s, 1);
+            store->removeObject(u"gone"_s);
         }
         const auto store = open();
-        QCOMPARE(store->object(QStringLiteral("bool")), DefaultsValue(true));
-        QCOMPARE(store->object(QStringLiteral("double")), DefaultsValue(0.5));
-        QCOMPARE(store->object(QStringLiteral("string")), DefaultsValue("notification"));
-        // A string that looks like a number stays a string.
-        QCOMPARE(store->object(QStringLiteral("numberText")), DefaultsValue("45"));
-        QCOMPARE(store->stringArrayValue(QStringLiteral("list")),
-                 QStringList({QStringLiteral("a"), QString()}));
-        QCOMPARE(store->dataValue(QStringLiteral("text")), QByteArray(R"([{"name":"Café"}])"));
-        QCOMPARE(store->dataValue(QStringLiteral("binary")), binary);
-        QVERIFY(!store->object(QStringLiteral("gone")));
+        for (const auto& [key, value] : values) {
+            QCOMPARE(store->object(key), value);
+        }
+        QVERIFY(!store->object(u"gone"_s));
         // Rule and schedule lists stay readable in the file.
         QVERIFY(readAll(path()).contains(R"([{\"name\":\"Café\"}])"));
     }
 
     void keysAndValuesItDoesNotKnowSurviveASave() {
-        writeAll(path(), R"({"handEdited": {"nested": [1, 2]}, "mixed": [1, "a"], "n": null})");
-        open()->setObject(QStringLiteral("idleQuitEnabled"), true);
-        const QJsonObject saved = QJsonDocument::fromJson(readAll(path())).object();
-        QCOMPARE(
-            saved.value(QStringLiteral("handEdited")).toObject().value(QStringLiteral("nested")),
-            QJsonDocument::fromJson("[1,2]").array());
-        QCOMPARE(saved.value(QStringLiteral("mixed")),
-                 QJsonDocument::fromJson(R"([1,"a"])").array());
-        QVERIFY(saved.value(QStringLiteral("n")).isNull());
-        QCOMPARE(saved.value(QStringLiteral("idleQuitEnabled")), QJsonValue(true));
+        const QByteArray handEdited =
+            R"({"handEdited": {"nested": [1, 2]}, "mixed": [1, "a"], "n": null})";
+        writeAll(path(), handEdited);
+        open()->setObject(u"idleQuitEnabled"_s, true);
+        QJsonObject expected = QJsonDocument::fromJson(handEdited).object();
+        expected.insert(u"idleQuitEnabled"_s, true);
+        QCOMPARE(onDisk(), expected);
         // Such values read as present but of no known type.
-        QVERIFY(!open()->stringArrayValue(QStringLiteral("mixed")));
-        QVERIFY(open()->object(QStringLiteral("mixed")).has_value());
+        QVERIFY(!open()->stringArrayValue(u"mixed"_s));
+        QVERIFY(open()->object(u"mixed"_s).has_value());
     }
 
     void corruptFileIsKeptAsideAndReportedOnce_data() {
@@ -187,54 +165,52 @@ private slots:
         LogCapture log;
         {
             const auto store = open();
-            QVERIFY(!store->object(QStringLiteral("idleQuitEnabled")));
-            store->setObject(QStringLiteral("quitWarningSeconds"), 30);
+            QVERIFY(!store->object(u"idleQuitEnabled"_s));
+            store->setObject(u"quitWarningSeconds"_s, 30);
         }
         const auto again = open();
         QCOMPARE(log.lines.size(), 1);
-        QVERIFY(log.lines.first().contains(QStringLiteral("kept it as")));
+        QVERIFY(log.lines.first().contains(u"kept it as"_s));
         const QStringList aside = asideFiles(m_dir.path());
         QCOMPARE(aside.size(), 1);
         QCOMPARE(readAll(m_dir.filePath(aside.first())), contents);
-        QCOMPARE(again->doubleValue(QStringLiteral("quitWarningSeconds")), 30.0);
+        QCOMPARE(again->doubleValue(u"quitWarningSeconds"_s), 30.0);
     }
 
     void inspectionChangesNothingOnDisk() {
         writeAll(path(), "{broken");
         LogCapture log;
         const auto store = open(FileDefaultsStore::Mode::ReadOnly);
-        store->setObject(QStringLiteral("idleQuitEnabled"), true);
-        QCOMPARE(store->object(QStringLiteral("idleQuitEnabled")), DefaultsValue(true));
+        store->setObject(u"idleQuitEnabled"_s, true);
+        QCOMPARE(store->object(u"idleQuitEnabled"_s), DefaultsValue(true));
         QCOMPARE(readAll(path()), QByteArray("{broken"));
         QVERIFY(asideFiles(m_dir.path()).isEmpty());
-        QCOMPARE(log.count(QStringLiteral("unreadable")), 1);
+        QCOMPARE(log.count(u"unreadable"_s), 1);
     }
 
     void twoRunningCopiesKeepEachOthersKeys() {
         const auto first = open();
         const auto second = open();
-        first->setObject(QStringLiteral("launchAtLogin"), true);
-        second->setObject(QStringLiteral("showInDock"), true);
-        first->setObject(QStringLiteral("dockIconStyle"), QStringLiteral("dark"));
-        const auto fresh = open();
-        QCOMPARE(fresh->object(QStringLiteral("launchAtLogin")), DefaultsValue(true));
-        QCOMPARE(fresh->object(QStringLiteral("showInDock")), DefaultsValue(true));
-        QCOMPARE(fresh->object(QStringLiteral("dockIconStyle")), DefaultsValue("dark"));
+        first->setObject(u"launchAtLogin"_s, true);
+        second->setObject(u"showInDock"_s, true);
+        first->setObject(u"dockIconStyle"_s, u"dark"_s);
+        QCOMPARE(onDisk(), QJsonObject({{u"launchAtLogin"_s, true},
+                                        {u"showInDock"_s, true},
+                                        {u"dockIconStyle"_s, u"dark"_s}}));
     }
 
     void otherDomainsAreReadNotWritten() {
-        const QString legacy = m_dir.filePath(QStringLiteral("com.quorel.vantle.json"));
+        const QString legacy = m_dir.filePath(u"com.quorel.vantle.json"_s);
         writeAll(legacy, R"({"idleQuitTimeout": 45, "appRules": {"utf8": "[]"}})");
-        writeAll(m_dir.filePath(QStringLiteral("com.yourname.EBB.json")), "{oops");
+        writeAll(m_dir.filePath(u"com.yourname.EBB.json"_s), "{oops");
         LogCapture log;
         const auto store = open();
-        const auto domain = store->persistentDomain(QStringLiteral("com.quorel.vantle"));
-        QVERIFY(domain);
-        QCOMPARE(domain->value(QStringLiteral("idleQuitTimeout")), DefaultsValue(45.0));
-        QCOMPARE(domain->value(QStringLiteral("appRules")), DefaultsValue(QByteArray("[]")));
-        QVERIFY(!store->persistentDomain(QStringLiteral("com.yourname.EBB")));
-        QVERIFY(!store->persistentDomain(QStringLiteral("missing")));
-        QCOMPARE(log.count(QStringLiteral("com.yourname.EBB.json")), 1);
+        QCOMPARE(store->persistentDomain(u"com.quorel.vantle"_s),
+                 std::optional(DefaultsDomain{{u"idleQuitTimeout"_s, 45.0},
+                                              {u"appRules"_s, QByteArray("[]")}}));
+        QVERIFY(!store->persistentDomain(u"com.yourname.EBB"_s));
+        QVERIFY(!store->persistentDomain(u"missing"_s));
+        QCOMPARE(log.count(u"com.yourname.EBB.json"_s), 1);
         // A broken legacy file is only reported, never moved.
         QVERIFY(asideFiles(m_dir.path()).isEmpty());
     }
@@ -243,7 +219,7 @@ private slots:
     void staleLockDoesNotDelayASave_data() {
         QTest::addColumn<QByteArray>("lockContents");
         QProcess gone;
-        gone.start(QStringLiteral("true"), {});
+        gone.start(u"true"_s, {});
         QVERIFY(gone.waitForFinished());
         const QByteArray deadPid = QByteArray::number(gone.processId());
         QTest::newRow("empty") << QByteArray();
@@ -255,54 +231,41 @@ private slots:
         writeAll(lockPath(), lockContents);
         LogCapture log;
         const auto store = open();
-        setAll(*store, {{QStringLiteral("quitWarningSeconds"), 30}});
+        setAll(*store, {{u"quitWarningSeconds"_s, 30}});
         QVERIFY(!store->hasPendingChanges());
-        QCOMPARE(onDisk().value(QStringLiteral("quitWarningSeconds")), QJsonValue(30));
+        QCOMPARE(onDisk().value(u"quitWarningSeconds"_s), QJsonValue(30));
         QVERIFY2(log.lines.isEmpty(), qPrintable(log.lines.join(QLatin1Char('\n'))));
     }
 
     void liveRivalDelaysButNeverLosesASave() {
-        QProcess rival;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QString::fromLatin1(kLockHolderEnv), lockPath());
-        rival.setProcessEnvironment(env);
-        rival.start(QCoreApplication::applicationFilePath(), {});
-        QVERIFY(rival.waitForReadyRead(10'000));
-        QCOMPARE(rival.readLine(), QByteArray("locked\n"));
-
-        LogCapture log;
-        const auto store = open();
-        setAll(*store,
-               {{QStringLiteral("a"), 1}, {QStringLiteral("b"), 1}, {QStringLiteral("a"), 2}});
-        store->removeObject(QStringLiteral("b"));
-        m_clock.advance(10s);
-        // Later changes join the queue; the values read back at once meanwhile.
-        setAll(*store, {{QStringLiteral("c"), 3}});
-        QVERIFY(store->hasPendingChanges());
-        QVERIFY(!QFile::exists(path()));
-        QCOMPARE(store->doubleValue(QStringLiteral("a")), 2.0);
-        QCOMPARE(log.count(QStringLiteral("held by process %1").arg(rival.processId())), 1);
-
-        rival.closeWriteChannel();
-        QVERIFY(rival.waitForFinished(10'000));
-        QCOMPARE(rival.exitCode(), 0);
-        m_clock.advance(1s);
-        QVERIFY(!store->hasPendingChanges());
-        QCOMPARE(onDisk(), QJsonObject({{QStringLiteral("a"), 2}, {QStringLiteral("c"), 3}}));
-        QCOMPARE(log.count(QStringLiteral("once the lock was free")), 1);
-        QCOMPARE(log.lines.size(), 2);
-    }
-
-    void pendingChangesAreFlushedOnTheWayOut() {
+        // flock is per open file, so a lock of this process's own stands in for a second copy.
         FileLock rival(lockPath());
         QCOMPARE(rival.tryLock(), FileLock::Result::Acquired);
+        LogCapture log;
         const auto store = open();
-        setAll(*store, {{QStringLiteral("launchAtLogin"), 1}});
+        setAll(*store, {{u"a"_s, 1}, {u"b"_s, 1}, {u"a"_s, 2}});
+        store->removeObject(u"b"_s);
+        m_clock.advance(10s);
+        // Later changes join the queue; the values read back at once meanwhile.
+        setAll(*store, {{u"c"_s, 3}});
         QVERIFY(store->hasPendingChanges());
+        QVERIFY(!QFile::exists(path()));
+        QCOMPARE(store->doubleValue(u"a"_s), 2.0);
+        QCOMPARE(log.count(u"held by process %1"_s.arg(::getpid())), 1);
+
         rival.unlock();
-        // No timer runs any more: the flush itself must write.
+        m_clock.advance(1s);
+        QVERIFY(!store->hasPendingChanges());
+        QCOMPARE(onDisk(), QJsonObject({{u"a"_s, 2}, {u"c"_s, 3}}));
+        QCOMPARE(log.count(u"once the lock was free"_s), 1);
+        QCOMPARE(log.lines.size(), 2);
+
+        // On the way out no timer runs any more: the flush itself must write.
+        QCOMPARE(rival.tryLock(), FileLock::Result::Acquired);
+        setAll(*store, {{u"d"_s, 4}});
+        rival.unlock();
         store->flush();
-        QCOMPARE(onDisk().value(QStringLiteral("launchAtLogin")), QJsonValue(1));
+        QCOMPARE(onDisk().value(u"d"_s), QJsonValue(4));
     }
 
     void readOnlyFolderIsReportedAsSuch() {
@@ -310,19 +273,16 @@ private slots:
         const auto store = open();
         LogCapture log;
         ReadOnlyFolder folder(m_dir.path());
-        setAll(*store, {{QStringLiteral("a"), 1}, {QStringLiteral("b"), 2}});
+        setAll(*store, {{u"a"_s, 1}, {u"b"_s, 2}});
         QCOMPARE(log.lines.size(), 1);
-        QVERIFY2(log.lines.first().contains(QStringLiteral("is not writable")),
-                 qPrintable(log.lines.first()));
-        QVERIFY(!log.lines.first().contains(QStringLiteral("lock")));
-        QCOMPARE(store->doubleValue(QStringLiteral("b")), 2.0);
+        QVERIFY2(log.lines.first().contains(u"is not writable"_s), qPrintable(log.lines.first()));
+        QVERIFY(!log.lines.first().contains(u"lock"_s));
+        QCOMPARE(store->doubleValue(u"b"_s), 2.0);
 
         // Fixed while the app runs: the queued changes land with the next attempt.
         folder.restore();
         m_clock.advance(30s);
-        QCOMPARE(onDisk(), QJsonObject({{QStringLiteral("kept"), true},
-                                        {QStringLiteral("a"), 1},
-                                        {QStringLiteral("b"), 2}}));
+        QCOMPARE(onDisk(), QJsonObject({{u"kept"_s, true}, {u"a"_s, 1}, {u"b"_s, 2}}));
     }
 
     void leftoverTempFilesAreRemovedAtStart_data() {
@@ -370,14 +330,14 @@ private slots:
             LogCapture log;
             const auto store = open();
             QVERIFY2(log.lines.isEmpty(), qPrintable(log.lines.join(QLatin1Char('\n'))));
-            QCOMPARE(store->dataValue(QStringLiteral("padding"))->size(), 64 * 1024);
+            QCOMPARE(store->dataValue(u"padding"_s)->size(), 64 * 1024);
             int last = -1;
-            while (store->object(QStringLiteral("k%1").arg(last + 1))) {
+            while (store->object(u"k%1"_s.arg(last + 1))) {
                 ++last;
             }
             // Every earlier key is still there: no save dropped another.
             for (int i = 0; i <= last; ++i) {
-                QCOMPARE(store->doubleValue(QStringLiteral("k%1").arg(i)), double(i));
+                QCOMPARE(store->doubleValue(u"k%1"_s.arg(i)), double(i));
             }
             QVERIFY2(tempLeftovers(m_dir.path()).isEmpty(),
                      qPrintable(tempLeftovers(m_dir.path()).join(QLatin1Char(' '))));
@@ -388,9 +348,6 @@ private slots:
 int main(int argc, char* argv[]) {
     if (qEnvironmentVariableIsSet(kWriterEnv)) {
         return runWriter(qEnvironmentVariable(kWriterEnv));
-    }
-    if (qEnvironmentVariableIsSet(kLockHolderEnv)) {
-        return runLockHolder(qEnvironmentVariable(kLockHolderEnv));
     }
     QCoreApplication app(argc, argv);
     TestFileDefaultsStore test;

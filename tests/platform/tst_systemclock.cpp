@@ -1,16 +1,22 @@
+#include "fakes/ManualClock.h"
 #include "platform/SystemClock.h"
 
 #include <QTest>
-#include <random>
 
 using namespace vantle;
 using namespace std::chrono_literals;
+using std::chrono::seconds;
+using namespace Qt::StringLiterals;
 
-// The real clock: where tolerant timers land, and that they keep running.
+// The real clock (where tolerant timers land, and that they keep running) and the manual one every
+// timed test relies on (firing in time order, honouring cancellation).
 class TestSystemClock : public QObject {
     Q_OBJECT
 
 private slots:
+    // The idle sample, the auto-quit pass and the schedule tick start a few milliseconds apart at
+    // launch; a grid of whole seconds no coarser than the tolerance lets their first runs fall
+    // together, never later than asked.
     void alignedDelay_data() {
         QTest::addColumn<qint64>("now");
         QTest::addColumn<qint64>("interval");
@@ -35,26 +41,6 @@ private slots:
                  delay);
     }
 
-    // The idle sample, the auto-quit pass and the schedule tick start a few milliseconds apart
-    // at launch; their first runs must fall together, and never outside what each allows.
-    void timersStartedTogetherRunTogether() {
-        std::mt19937_64 random(20261123);
-        std::uniform_int_distribution<qint64> start(0, 1'000'000'000);
-        for (int round = 0; round < 1000; ++round) {
-            const Milliseconds now(start(random));
-            const Milliseconds idle = now + SystemClock::alignedDelay(now, 30s, 5s);
-            const Milliseconds pass = now + 3ms + SystemClock::alignedDelay(now + 3ms, 60s, 5s);
-            const Milliseconds tick = now + 7ms + SystemClock::alignedDelay(now + 7ms, 30s, 5s);
-            QVERIFY(idle >= now + 25s && idle <= now + 30s);
-            QVERIFY(pass >= now + 3ms + 55s && pass <= now + 3ms + 60s);
-            // Apart only when a grid point falls between the starts: 7 ms in 5 s.
-            if ((now + 7ms) / 5s == now / 5s) {
-                QCOMPARE(tick.count(), idle.count());
-                QCOMPARE(((pass - idle) % 30s).count(), 0);
-            }
-        }
-    }
-
     void tolerantTimersKeepRunningAndCanBeCancelledFromTheirCallback() {
         SystemClock clock;
         int repeats = 0;
@@ -72,6 +58,70 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(repeats >= 3, 10'000);
         QCOMPARE(once, 1);
         QVERIFY(!single);
+    }
+    void firesDueTimersInTimeOrderWithTheirOwnNow() {
+        ManualClock clock;
+        const QDateTime start = clock.now();
+        QStringList fired;
+        QList<QDateTime> seenAt;
+        Timer inner;
+        Timer every30 = clock.repeating(seconds(30), [&] {
+            fired << u"repeat"_s;
+            seenAt << clock.now();
+        });
+        // A timer started by a callback counts from that moment: 45 + 40 s.
+        Timer once = clock.singleShot(seconds(45), [&] {
+            fired << u"once"_s;
+            inner = clock.singleShot(seconds(40), [&] { fired << u"inner"_s; });
+        });
+        clock.advance(seconds(100));
+        QCOMPARE(fired,
+                 QStringList({u"repeat"_s, u"once"_s, u"repeat"_s, u"inner"_s, u"repeat"_s}));
+        QCOMPARE(seenAt,
+                 QList<QDateTime>({start.addSecs(30), start.addSecs(60), start.addSecs(90)}));
+        QCOMPARE(clock.now(), start.addSecs(100));
+        QCOMPARE(clock.monotonicNow(), std::chrono::milliseconds(100'000));
+    }
+
+    void destroyingAHandleCancelsEvenFromInsideACallback() {
+        ManualClock clock;
+        int count = 0;
+        Timer timer;
+        timer = clock.repeating(seconds(1), [&] {
+            if (++count == 3) {
+                timer.reset();
+            }
+        });
+        Timer other = clock.singleShot(seconds(10), [&] { count += 100; });
+        other.reset();
+        clock.advance(seconds(20));
+        QCOMPARE(count, 3);
+        QCOMPARE(clock.pendingTimerCount(), std::size_t(0));
+    }
+
+    // A suspend gap fires what fell due once, at the time after the gap, and a repeating timer
+    // carries on one interval from there; a timer a callback cancels does not run.
+    void suspendGapFiresOverdueTimersOnce() {
+        ManualClock clock;
+        const QDateTime start = clock.now();
+        QStringList fired;
+        QList<QDateTime> seenAt;
+        Timer later;
+        Timer every30 = clock.repeating(seconds(30), [&] {
+            fired << u"repeat"_s;
+            seenAt << clock.now();
+            later.reset();
+        });
+        later = clock.singleShot(seconds(50), [&] { fired << u"later"_s; });
+        Timer beyond = clock.singleShot(seconds(700), [&] { fired << u"beyond"_s; });
+        clock.jump(seconds(600));
+        QCOMPARE(fired, QStringList({u"repeat"_s}));
+        QCOMPARE(seenAt, QList<QDateTime>({start.addSecs(600)}));
+        QCOMPARE(clock.monotonicNow(), std::chrono::milliseconds(600'000));
+        clock.advance(seconds(100));
+        QCOMPARE(fired,
+                 QStringList({u"repeat"_s, u"repeat"_s, u"repeat"_s, u"repeat"_s, u"beyond"_s}));
+        QCOMPARE(seenAt.at(1), start.addSecs(630));
     }
 };
 

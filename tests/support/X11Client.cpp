@@ -63,15 +63,6 @@ void X11Client::press(const std::vector<xcb_keycode_t>& codes) const {
     xcb_flush(m_c);
 }
 
-uint8_t X11Client::keysymsPerKeycode() const {
-    const xcb_setup_t* setup = xcb_get_setup(m_c);
-    auto* reply = xcb_get_keyboard_mapping_reply(
-        m_c, xcb_get_keyboard_mapping(m_c, setup->min_keycode, 1), nullptr);
-    const uint8_t per = reply ? reply->keysyms_per_keycode : 0;
-    std::free(reply);
-    return per;
-}
-
 std::vector<xcb_keysym_t> X11Client::keysymsOf(xcb_keycode_t code) const {
     auto* reply =
         xcb_get_keyboard_mapping_reply(m_c, xcb_get_keyboard_mapping(m_c, code, 1), nullptr);

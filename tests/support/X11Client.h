@@ -35,7 +35,6 @@ public:
     void press(const std::vector<xcb_keycode_t>& codes) const;
 
     std::vector<xcb_keysym_t> keysymsOf(xcb_keycode_t code) const;
-    uint8_t keysymsPerKeycode() const;
     void setKeysyms(xcb_keycode_t code, const std::vector<xcb_keysym_t>& keysyms) const;
 
 private:
