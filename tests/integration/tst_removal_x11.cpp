@@ -207,12 +207,7 @@ private slots:
 int main(int argc, char* argv[]) {
     // The display has to exist before the application connects to it.
     VirtualDesktop desktop;
-    if (desktop.isRunning()) {
-        qputenv("QT_QPA_PLATFORM", "xcb");
-        qputenv("DISPLAY", desktop.display().toLocal8Bit());
-    } else {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
+    desktop.useForThisProcess();
     QApplication app(argc, argv);
     TestRemovalX11 test(desktop);
     return QTest::qExec(&test, argc, argv);

@@ -149,4 +149,13 @@ std::unique_ptr<QProcess> VirtualDesktop::start(const QString& program,
     return process;
 }
 
+void VirtualDesktop::useForThisProcess() const {
+    if (isRunning()) {
+        qputenv("QT_QPA_PLATFORM", "xcb");
+        qputenv("DISPLAY", m_display.toLocal8Bit());
+    } else {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+}
+
 } // namespace vantle::testing

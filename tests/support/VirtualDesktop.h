@@ -18,6 +18,10 @@ public:
     // ":N"
     QString display() const { return m_display; }
 
+    // Points this process's Qt at the display, before the QApplication exists; offscreen when the
+    // display did not start, so that the test still runs and can say why.
+    void useForThisProcess() const;
+
     // Starts a program on this display (and the given session bus, if any).
     std::unique_ptr<QProcess> start(const QString& program, const QStringList& arguments = {},
                                     const QString& busAddress = {}) const;

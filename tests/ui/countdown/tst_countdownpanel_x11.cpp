@@ -157,13 +157,7 @@ private slots:
 int main(int argc, char* argv[]) {
     // The display has to exist before the application connects to it.
     VirtualDesktop desktop;
-    if (desktop.isRunning()) {
-        qputenv("QT_QPA_PLATFORM", "xcb");
-        qputenv("DISPLAY", desktop.display().toLocal8Bit());
-    } else {
-        // Still start, so that the test can say why it does not run.
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
+    desktop.useForThisProcess();
     QApplication app(argc, argv);
     TestCountdownPanelX11 test(desktop);
     return QTest::qExec(&test, argc, argv);
