@@ -32,15 +32,17 @@ private:
     std::unique_ptr<QProcess> m_client;
     xcb_window_t m_clientWindow = XCB_WINDOW_NONE;
 
+    std::vector<uint32_t> rootWindows(xcb_atom_t property) {
+        return m_x->cardinalProperty(m_x->root(), property, XCB_ATOM_WINDOW);
+    }
+
     xcb_window_t activeWindow() {
-        const auto active =
-            m_x->cardinalProperty(m_x->root(), m_x->ewmh()->_NET_ACTIVE_WINDOW, XCB_ATOM_WINDOW);
+        const auto active = rootWindows(m_x->ewmh()->_NET_ACTIVE_WINDOW);
         return active.empty() ? xcb_window_t(XCB_WINDOW_NONE) : active.front();
     }
 
     xcb_window_t managedWindowOf(qint64 pid) {
-        for (const uint32_t window :
-             m_x->cardinalProperty(m_x->root(), m_x->ewmh()->_NET_CLIENT_LIST, XCB_ATOM_WINDOW)) {
+        for (const uint32_t window : rootWindows(m_x->ewmh()->_NET_CLIENT_LIST)) {
             const auto pids =
                 m_x->cardinalProperty(window, m_x->ewmh()->_NET_WM_PID, XCB_ATOM_CARDINAL);
             if (!pids.empty() && pids.front() == pid) {
@@ -52,12 +54,6 @@ private:
 
     static bool contains(const std::vector<uint32_t>& list, uint32_t item) {
         return std::find(list.begin(), list.end(), item) != list.end();
-    }
-
-    bool isManaged(xcb_window_t window) {
-        return contains(
-            m_x->cardinalProperty(m_x->root(), m_x->ewmh()->_NET_CLIENT_LIST, XCB_ATOM_WINDOW),
-            window);
     }
 
 private slots:
@@ -113,7 +109,7 @@ private slots:
         QWidget* panel = window.panel();
         const auto panelWindow = static_cast<xcb_window_t>(panel->winId());
         QVERIFY(QTest::qWaitForWindowExposed(panel));
-        QTRY_VERIFY(isManaged(panelWindow));
+        QTRY_VERIFY(contains(rootWindows(m_x->ewmh()->_NET_CLIENT_LIST), panelWindow));
 
         // Focus moves, if at all, soon after the window manager takes the window on.
         QVERIFY2(!QTest::qWaitFor([&] { return activeWindow() != m_clientWindow; }, 1'000),
