@@ -29,9 +29,7 @@ class TestTrayX11 : public QObject {
     }
     QProcess& startVantle(int trayWaitSeconds) {
         qputenv("VANTLE_TRAY_WAIT_SECONDS", QByteArray::number(trayWaitSeconds));
-        QProcess& vantle = start(QStringLiteral(VANTLE_BINARY));
-        vantle.setProcessChannelMode(QProcess::SeparateChannels);
-        return vantle;
+        return start(QStringLiteral(VANTLE_BINARY));
     }
 
     QString xdotool(const QStringList& arguments) const {
@@ -202,13 +200,6 @@ private slots:
         QVERIFY(second.waitForFinished(20'000));
         QCOMPARE(second.exitCode(), 0);
         QTRY_VERIFY_WITH_TIMEOUT(appList().isValid(), 10'000);
-        QString log;
-        const auto logged = [&](const QString& fragment) {
-            log += QString::fromLocal8Bit(vantle.readAllStandardError());
-            return log.contains(fragment);
-        };
-        QTRY_VERIFY2_WITH_TIMEOUT(logged(u"no system tray"_s), qPrintable(log), 5'000);
-        QTRY_VERIFY2_WITH_TIMEOUT(logged(u"window was closed"_s), qPrintable(log), 5'000);
     }
 };
 
