@@ -149,29 +149,6 @@ private slots:
         QVERIFY(f->state.isSelected(10));
     }
 
-    void mainButtonTexts_data() {
-        QTest::addColumn<bool>("force");
-        QTest::addColumn<QString>("title");
-        QTest::addColumn<QString>("help");
-        QTest::addColumn<QString>("rowHelp");
-        QTest::newRow("quit") << false << u"Quit Selected"_s
-                              << u"Quit the ticked apps (Ctrl+Enter)"_s << u"Quit Mail"_s;
-        QTest::newRow("force") << true << u"Force Quit"_s
-                               << u"Force quit the ticked apps (Ctrl+Enter)"_s
-                               << u"Force quit Mail"_s;
-    }
-    void mainButtonTexts() {
-        QFETCH(bool, force);
-        QFETCH(QString, title);
-        QFETCH(QString, help);
-        QFETCH(QString, rowHelp);
-        f->launch(10, u"Mail"_s);
-        f->state.setForceMode(force);
-        QCOMPARE(f->state.quitButtonTitle(), title);
-        QCOMPARE(f->state.quitButtonHelp(), help);
-        QCOMPARE(f->state.rowQuitHelp(f->state.visibleApps().constFirst()), rowHelp);
-    }
-
     void hidingTheListClearsTheSearchOnly() {
         f->launch(10, u"Mail"_s);
         f->launch(11, u"Notes"_s);
@@ -269,9 +246,17 @@ private slots:
         auto mail = f->launch(10, u"Mail"_s);
         auto notes = f->launch(11, u"Notes"_s);
         show();
-        child<QCheckBox>("forceMode")->click();
         auto* quit = child<QPushButton>("quitSelected");
-        QCOMPARE(quit->text(), u"Force Quit"_s);
+        // The button, its help and the rows' help say which quit they do.
+        const auto texts = [&] {
+            return std::tuple(quit->text(), quit->toolTip(),
+                              f->state.rowQuitHelp(f->state.visibleApps().constFirst()));
+        };
+        QCOMPARE(texts(), std::tuple(u"Quit Selected"_s, u"Quit the ticked apps (Ctrl+Enter)"_s,
+                                     u"Quit Mail"_s));
+        child<QCheckBox>("forceMode")->click();
+        QCOMPARE(texts(), std::tuple(u"Force Quit"_s, u"Force quit the ticked apps (Ctrl+Enter)"_s,
+                                     u"Force quit Mail"_s));
         int dismissed = 0;
         f->state.onDismiss = [&] { ++dismissed; };
 
