@@ -61,38 +61,40 @@ const QString kTuesdayWake = u"wake|11/17/26 07:30:00"_s;
 const QString kScheduleTuesdayWake = u"/usr/bin/pmset schedule wake '11/17/26 07:30:00'"_s;
 const QString kListing = u"/usr/bin/pmset -g sched"_s;
 
-AlertResponse answer(int button, bool checked = false) {
-    return {.button = button, .checkBoxChecked = checked};
-}
+// The privileged runner over fake scripts and alerts, for a user the rule can name.
+struct RunnerRig {
+    explicit RunnerRig(QString user = u"ada"_s,
+                       PowerSchedulerTool tool = PowerSchedulerTool::macOS(),
+                       const ProductTexts& texts = ProductTexts::macOS())
+        : runner(scripts, alerts, std::move(tool), texts, std::move(user)) {}
+    FakeScriptRunner scripts;
+    FakeAlerts alerts;
+    PrivilegedRunner runner;
+    LogCapture log;
+};
 
-// Monday 2026-11-16 09:00, macOS command lines (or Linux ones), a user the rule can name.
+// Monday 2026-11-16 09:00, macOS command lines (or Linux ones).
 template <typename ExecutorType>
-struct Rig {
+struct Rig : RunnerRig {
     explicit Rig(QList<ShutdownSchedule> schedules = {}, bool linux = false)
-        : onLinux(linux) {
+        : RunnerRig(u"ada"_s,
+                    linux ? PowerSchedulerTool::linuxTool(u"/usr/libexec"_s)
+                          : PowerSchedulerTool::macOS(),
+                    linux ? ProductTexts::linuxDesktop() : ProductTexts::macOS())
+        , texts(linux ? ProductTexts::linuxDesktop() : ProductTexts::macOS()) {
         settings.setShutdownSchedules(std::move(schedules));
         store.setObject(u"didAdoptPmsetEntries"_s, true);
     }
     void sync() { pmset->sync(&settings); }
-    const ProductTexts& texts() const {
-        return onLinux ? ProductTexts::linuxDesktop() : ProductTexts::macOS();
-    }
 
-    const bool onLinux;
+    const ProductTexts& texts;
     ManualClock clock;
     MemoryDefaultsStore store;
     FakeBundleInfo bundle;
-    AppSettings settings{store, bundle, clock, texts()};
+    AppSettings settings{store, bundle, clock, texts};
     ExecutorType executor;
-    FakeScriptRunner scripts;
-    FakeAlerts alerts;
-    PrivilegedRunner runner{scripts, alerts,
-                            onLinux ? PowerSchedulerTool::linuxTool(u"/usr/libexec"_s)
-                                    : PowerSchedulerTool::macOS(),
-                            texts(), u"ada"_s};
     std::unique_ptr<PmsetSync> pmset =
         std::make_unique<PmsetSync>(clock, executor, scripts, runner, store);
-    LogCapture log;
 };
 using InlineRig = Rig<InlineExecutor>;
 
@@ -108,17 +110,6 @@ PowerSchedulerTool rootOwnedLinuxTool() {
     tool.path = u"/usr/bin/true"_s;
     return tool;
 }
-
-struct RunnerRig {
-    explicit RunnerRig(QString user = u"ada"_s,
-                       PowerSchedulerTool tool = PowerSchedulerTool::macOS(),
-                       const ProductTexts& texts = ProductTexts::macOS())
-        : runner(scripts, alerts, std::move(tool), texts, std::move(user)) {}
-    FakeScriptRunner scripts;
-    FakeAlerts alerts;
-    PrivilegedRunner runner;
-    LogCapture log;
-};
 
 // Writes `name` (its folders too) under `dir`; its path, or nothing when it could not.
 QString writeExecutable(const QTemporaryDir& dir, const QString& name, const QByteArray& text) {
@@ -304,7 +295,7 @@ private slots:
     // system's prompt.
     void administratorPathRegistersAndRemembers() {
         InlineRig rig({schedule(Action::wake, {Weekday::tuesday}, 7, 30)});
-        rig.alerts.answer = answer(0);
+        rig.alerts.answer = {.button = 0};
         rig.sync();
         QCOMPARE(rig.alerts.shown.size(), 1);
         QCOMPARE(rig.scripts.administratorRuns, QStringList{kScheduleTuesdayWake});
@@ -346,7 +337,7 @@ private slots:
         QFETCH(bool, onLinux);
         InlineRig rig({schedule(Action::poweron, {Weekday::wednesday}, 6, 0)}, onLinux);
         rig.settings.setPmsetRegistered({kTuesdayWake});
-        rig.alerts.answer = answer(button);
+        rig.alerts.answer = {.button = button};
         rig.scripts.administratorOutcome = outcome;
         rig.sync();
         QCOMPARE(rig.scripts.administratorRuns.size(), button == 0 ? 1 : 0);
@@ -403,7 +394,7 @@ private slots:
             rig.scripts.existingFiles.insert(kRule);
         }
         rig.scripts.filesCreatedByAdministrator.insert(kRule);
-        rig.alerts.answer = answer(0, tickBox);
+        rig.alerts.answer = {.button = 0, .checkBoxChecked = tickBox};
         rig.sync();
         QCOMPARE(rig.scripts.administratorRuns.size(), 1);
         const QString body = rig.scripts.administratorRuns.first();
@@ -427,14 +418,14 @@ private slots:
                              u" [1]  wake at 11/17/2026 07:30:00 by 'someone else'\n"_s)
                        : ScriptOutcome::success();
         };
-        rig.alerts.answer = answer(1);
+        rig.alerts.answer = {.button = 1};
         rig.sync();
         QVERIFY(rig.store.boolValue(u"didAdoptPmsetEntries"_s));
         QCOMPARE(rig.scripts.plainRuns, QStringList{kListing});
         // Cancelled prompt: the adopted event is kept, so a later run still cancels it.
         QCOMPARE(rig.settings.pmsetRegistered(), QStringList{u"poweron|11/20/26 06:00:00"_s});
 
-        rig.alerts.answer = answer(0);
+        rig.alerts.answer = {.button = 0};
         rig.runner.pmsetPasswordExplanation();
         rig.sync();
         QCOMPARE(rig.scripts.plainRuns.size(), 1);
@@ -448,7 +439,7 @@ private slots:
         InlineRig rig;
         rig.store.removeObject(u"didAdoptPmsetEntries"_s);
         rig.settings.setPmsetRegistered({kTuesdayWake});
-        rig.alerts.answer = answer(0);
+        rig.alerts.answer = {.button = 0};
         rig.sync();
         QVERIFY(!rig.scripts.plainRuns.contains(kListing));
         QVERIFY(rig.store.boolValue(u"didAdoptPmsetEntries"_s));
@@ -459,7 +450,7 @@ private slots:
     // schedules as they are by then.
     void requestsDuringARunCollapseIntoOne() {
         Rig<ManualExecutor> rig({schedule(Action::wake, {Weekday::tuesday}, 7, 30)});
-        rig.alerts.answer = answer(0);
+        rig.alerts.answer = {.button = 0};
         rig.sync();
         rig.sync();
         rig.settings.setShutdownSchedules({schedule(Action::restart, {Weekday::tuesday}, 3, 0)});
@@ -497,9 +488,9 @@ private slots:
         QTest::addColumn<ScriptOutcome>("outcome");
         QTest::addColumn<bool>("result");
         QTest::addColumn<QString>("logged");
+        QTest::newRow("success") << ScriptOutcome::success() << true << QString();
         ScriptOutcome notCreated;
         notCreated.status = ScriptOutcome::Status::notCreated;
-        QTest::newRow("success") << ScriptOutcome::success() << true << QString();
         QTest::newRow("script not created") << notCreated << true << QString();
         // Cancelled and failed runs are logged as the pkexec cases below show.
         QTest::newRow("failed without a message")
