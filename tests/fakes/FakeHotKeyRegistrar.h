@@ -12,7 +12,6 @@ struct FakeHotKeyRegistrar final : HotKeyRegistrar {
     QSet<quint32> held;
     // Live registrations by reference.
     std::map<Reference, Request> active;
-    QList<Reference> released;
     int commits = 0;
     Reference nextReference = 100;
     // How the desktop behaves: it picks the keys (a portal), or offers none at all.
@@ -26,10 +25,7 @@ struct FakeHotKeyRegistrar final : HotKeyRegistrar {
         active.emplace(nextReference, request);
         return nextReference++;
     }
-    void unregisterHotKey(Reference reference) override {
-        active.erase(reference);
-        released.append(reference);
-    }
+    void unregisterHotKey(Reference reference) override { active.erase(reference); }
     void commit() override { ++commits; }
     bool desktopBindsKeys() const override { return desktopBinds; }
     bool offersHotKeys() const override { return offers; }

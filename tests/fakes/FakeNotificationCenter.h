@@ -14,7 +14,6 @@ public:
     void add(const NotificationRequest& request) override { posted.append(request); }
     void removeDelivered(const QStringList& identifiers) override { removed.append(identifiers); }
     void readAuthorizationStatus(std::function<void(AuthorizationStatus)> done) override {
-        ++statusReads;
         if (answersStatus) {
             done(status);
         }
@@ -43,7 +42,6 @@ public:
     QList<NotificationCategory> categoryList;
     QList<NotificationRequest> posted;
     QStringList removed;
-    int statusReads = 0;
     int authorizationRequests = 0;
     int settingsOpened = 0;
 };

@@ -3,9 +3,7 @@
 #include "fakes/ManualClock.h"
 #include "monitor/QuitWarningService.h"
 #include "platform/linux/FreedesktopNotificationCenter.h"
-#include "schedule/ScheduleWarningService.h"
 #include "support/DBusMock.h"
-#include "support/PrivateSessionBus.h"
 #include "system/NotificationAuthority.h"
 
 #include <QDBusArgument>
@@ -19,7 +17,7 @@
 
 using namespace vantle;
 using namespace Qt::StringLiterals;
-using vantle::testing::PrivateSessionBus;
+using vantle::testing::MockedBus;
 
 namespace {
 const QString kService = u"org.freedesktop.Notifications"_s;
@@ -33,12 +31,11 @@ AppInfo app(qint32 pid, const QString& name) {
     return info;
 }
 
-// Both warning services on one centre, their categories registered as the app does at start-up.
+// The auto-quit warning on a real centre, its category registered as the app does at start-up.
 struct Warnings {
     explicit Warnings(const QDBusConnection& bus)
         : center(bus) {
         quit.registerCategory();
-        schedule.registerCategory();
         clock.advance(std::chrono::seconds(0));
     }
     FreedesktopNotificationCenter center;
@@ -47,8 +44,6 @@ struct Warnings {
     FakeCountdownPresenter* presenter = new FakeCountdownPresenter;
     QuitWarningService quit{center, authority, clock,
                             std::unique_ptr<CountdownPresenter>(presenter)};
-    ScheduleWarningService schedule{center, authority, clock,
-                                    std::make_unique<FakeCountdownPresenter>()};
 };
 } // namespace
 
@@ -57,7 +52,7 @@ class TestFreedesktopNotifications : public QObject {
     Q_OBJECT
 
 private:
-    std::unique_ptr<PrivateSessionBus> m_bus;
+    std::unique_ptr<MockedBus> m_bus;
     std::unique_ptr<QProcess> m_server;
 
     // Returns once the server owns its name.
@@ -89,7 +84,7 @@ private:
 
     // The arguments of every call of `method` the server received, oldest first.
     QList<QVariantList> calls(const QString& method = u"Notify"_s) const {
-        return vantle::testing::mockedCalls(m_bus->connection(), kService, kPath, method);
+        return m_bus->calls(kService, kPath, method);
     }
 
     // Not determined stands for a wrong answer: given inside the call, or never.
@@ -104,13 +99,8 @@ private:
 
 private slots:
     void init() {
-        m_bus = std::make_unique<PrivateSessionBus>();
-        if (!m_bus->isRunning()) {
-            QSKIP(qPrintable(m_bus->error()));
-        }
-        if (!vantle::testing::hasDBusMock()) {
-            QSKIP("python3-dbusmock is not installed for /usr/bin/python3");
-        }
+        m_bus = std::make_unique<MockedBus>();
+        VANTLE_SKIP_WITHOUT(*m_bus);
     }
     void cleanup() {
         stopServer();
@@ -141,11 +131,11 @@ private slots:
         };
         // Servers ignore an urgency that is not a byte.
         QCOMPARE(hints(first).value(u"urgency"_s).typeId(), QMetaType::UChar);
-        QCOMPARE(hints(first).value(u"urgency"_s), QVariant(1));
-        QCOMPARE(hints(first).value(u"resident"_s), QVariant(false));
-        QCOMPARE(first.at(7), QVariant(0));
+        QCOMPARE(hints(first), (QVariantMap{{u"desktop-entry"_s, u"com.pelmark.vantle"_s},
+                                            {u"urgency"_s, 1},
+                                            {u"resident"_s, false}}));
         QCOMPARE(hints(plain).value(u"urgency"_s), QVariant(2));
-        QCOMPARE(plain.at(7), QVariant(-1));
+        QCOMPARE((QVariantList{first.at(7), plain.at(7)}), (QVariantList{0, -1}));
         QCOMPARE(again.at(1), QVariant(1u)); // the mock numbers from 1
 
         // Signals may overtake the last Notify answer, but id 1 was known before the repost.
@@ -163,18 +153,12 @@ private slots:
         QCOMPARE(responses.count(), 2);
     }
 
-    // The buttons of each kind of notification, as the server receives them: only real buttons,
-    // and a click action only where one is declared, with its label.
+    // The buttons as the server receives them: only real buttons, and a click action only where
+    // one is declared, with its label. (Each warning's own buttons are its service's tests'.)
     void eachKindCarriesOnlyItsOwnActions_data() {
         QTest::addColumn<QString>("kind");
         QTest::addColumn<QStringList>("actions");
-        QTest::newRow("auto-quit warning")
-            << "autoQuit"
-            << QStringList{kQuitNow, u"Quit Now"_s, u"Vantle.autoQuit.cancel"_s, u"Cancel"_s};
         QTest::newRow("refusal notice") << "refused" << QStringList();
-        QTest::newRow("schedule warning") << "schedule"
-                                          << QStringList{u"Vantle.schedule.now"_s, u"Do It Now"_s,
-                                                         u"Vantle.schedule.cancel"_s, u"Cancel"_s};
         QTest::newRow("declared click")
             << "click" << QStringList{u"default"_s, u"Show"_s, u"x"_s, u"X"_s};
     }
@@ -184,12 +168,8 @@ private slots:
         startServer(u"actions body"_s);
         Warnings w(m_bus->connection());
         QTRY_COMPARE_WITH_TIMEOUT(w.authority.status(), AuthorizationStatus::authorized, 10'000);
-        if (kind == "autoQuit"_L1) {
-            w.quit.present({app(11, u"Safari"_s)});
-        } else if (kind == "refused"_L1) {
+        if (kind == "refused"_L1) {
             w.quit.reportRefused({app(11, u"Safari"_s)});
-        } else if (kind == "schedule"_L1) {
-            w.schedule.warn(ShutdownSchedule::Action::shutdown);
         } else {
             w.center.setCategories(
                 {{u"c"_s,

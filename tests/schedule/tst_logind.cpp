@@ -1,14 +1,13 @@
 #include "fakes/FakeWorkspace.h"
 #include "fakes/LogCapture.h"
 #include "platform/linux/LogindPowerActions.h"
+#include "platform/linux/LogindPowerAssertion.h"
 #include "platform/linux/LogindSleepWatcher.h"
 #include "support/DBusMock.h"
 
 #include <QDBusArgument>
-#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusVariant>
-#include <QProcess>
 #include <QSignalSpy>
 #include <QTest>
 #include <memory>
@@ -19,6 +18,7 @@ using vantle::testing::MockedBus;
 
 namespace {
 const QString kLogin1 = u"org.freedesktop.login1"_s;
+const QString kLogin1Path = u"/org/freedesktop/login1"_s;
 
 // Stands in for GNOME's session manager.
 class FakeGnomeSession : public QObject {
@@ -34,7 +34,6 @@ public slots:
 };
 } // namespace
 
-// Drives logind (python-dbusmock) on a private bus that stands in for both system and session bus.
 // Counts a D-Bus signal, which can only be connected by slot name.
 class SignalCounter : public QObject {
     Q_OBJECT
@@ -45,7 +44,9 @@ public:
     int seen = 0;
 };
 
-class TestLogindPowerActions : public QObject {
+// Power actions, the sleep watcher and the idle inhibitor against logind (python-dbusmock), on a
+// private bus that stands in for both the system and the session bus.
+class TestLogind : public QObject {
     Q_OBJECT
 
 private:
@@ -58,7 +59,7 @@ private:
 
     // The arguments of every call of `method` logind received.
     QList<QVariantList> calls(const QString& method) const {
-        return m_bus->calls(kLogin1, u"/org/freedesktop/login1"_s, method);
+        return m_bus->calls(kLogin1, kLogin1Path, method);
     }
 
     std::unique_ptr<LogindPowerActions> makeActions() {
@@ -73,10 +74,34 @@ private:
 
     void prepareForSleep(bool goingToSleep) {
         QDBusMessage call = QDBusMessage::createMethodCall(
-            kLogin1, u"/org/freedesktop/login1"_s, u"org.freedesktop.DBus.Mock"_s, u"EmitSignal"_s);
+            kLogin1, kLogin1Path, u"org.freedesktop.DBus.Mock"_s, u"EmitSignal"_s);
         call.setArguments({u"org.freedesktop.login1.Manager"_s, u"PrepareForSleep"_s, u"b"_s,
                            QVariantList{QVariant::fromValue(QDBusVariant(goingToSleep))}});
         m_bus->connection().call(call, QDBus::Block, 5'000);
+    }
+
+    // (what, who, why, mode) of each inhibitor logind lists.
+    QList<QStringList> inhibitors() const {
+        const QDBusMessage reply = m_bus->connection().call(
+            QDBusMessage::createMethodCall(
+                kLogin1, kLogin1Path, u"org.freedesktop.login1.Manager"_s, u"ListInhibitors"_s),
+            QDBus::Block, 5'000);
+        QList<QStringList> result;
+        if (reply.type() != QDBusMessage::ReplyMessage) {
+            return result;
+        }
+        const auto list = reply.arguments().constFirst().value<QDBusArgument>();
+        list.beginArray();
+        while (!list.atEnd()) {
+            QString what, who, why, mode;
+            uint uid = 0, pid = 0;
+            list.beginStructure();
+            list >> what >> who >> why >> mode >> uid >> pid;
+            list.endStructure();
+            result.append({what, who, why, mode});
+        }
+        list.endArray();
+        return result;
     }
 
 private slots:
@@ -108,9 +133,9 @@ private slots:
         actions->shutDown(askedToQuit());
         QTRY_COMPARE_WITH_TIMEOUT(log.count(u"still running"_s), 2, 10'000);
         QTRY_COMPARE_WITH_TIMEOUT(log.count(u"CanSuspend answers \"na\""_s), 1, 10'000);
-        QCOMPARE(calls(u"CanReboot"_s).size(), 0);
-        QCOMPARE(calls(u"CanPowerOff"_s).size(), 0);
-        QCOMPARE(calls(u"Suspend"_s).size(), 0);
+        for (const QString& method : {u"CanReboot"_s, u"CanPowerOff"_s, u"Suspend"_s}) {
+            QCOMPARE(calls(method).size(), 0);
+        }
     }
 
     void sessionManagerTakesOverRestartAndShutDown() {
@@ -124,11 +149,8 @@ private slots:
         auto actions = makeActions();
         actions->restart(askedToQuit());
         actions->shutDown(askedToQuit());
-        QTRY_COMPARE_WITH_TIMEOUT(gnome.calls.size(), 2, 10'000);
-        QCOMPARE(gnome.calls.at(0), u"Reboot"_s);
-        QCOMPARE(gnome.calls.at(1), u"Shutdown"_s);
-        QCOMPARE(calls(u"Reboot"_s).size(), 0);
-        QCOMPARE(calls(u"PowerOff"_s).size(), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(gnome.calls, (QStringList{u"Reboot"_s, u"Shutdown"_s}), 10'000);
+        QCOMPARE(calls(u"Reboot"_s).size() + calls(u"PowerOff"_s).size(), 0);
         QDBusConnection::disconnectFromBus(u"fake-gnome"_s);
     }
 
@@ -138,7 +160,7 @@ private slots:
         QSignalSpy woke(&watcher, &LogindSleepWatcher::didWake);
         // Signals arrive in order: once the third is seen, the first two have been handled.
         SignalCounter counter;
-        QVERIFY(m_bus->connection().connect(kLogin1, u"/org/freedesktop/login1"_s,
+        QVERIFY(m_bus->connection().connect(kLogin1, kLogin1Path,
                                             u"org.freedesktop.login1.Manager"_s,
                                             u"PrepareForSleep"_s, &counter, SLOT(count())));
         prepareForSleep(true);
@@ -147,7 +169,46 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(counter.seen, 3, 10'000);
         QCOMPARE(woke.count(), 1);
     }
+
+    void inhibitorIsListedOnlyWhileHeld() {
+        QVERIFY(m_bus->start(u"logind"_s, kLogin1));
+
+        LogCapture log;
+        LogindPowerAssertion assertion(m_bus->connection(), m_bus->connection());
+        QVERIFY(assertion.acquire(u"scheduled action due"_s));
+        QVERIFY(assertion.acquire(u"again"_s)); // no second inhibitor
+        QVERIFY(assertion.isHeld());
+        QTRY_COMPARE_WITH_TIMEOUT(
+            inhibitors(),
+            QList<QStringList>({{u"idle"_s, u"Vantle"_s, u"scheduled action due"_s, u"block"_s}}),
+            5'000);
+        // This bus has no desktop inhibitor: said once, not an error.
+        QCOMPARE(log.lines.size(), 1);
+        QVERIFY(log.lines.constFirst().contains(u"no idle inhibitor"_s));
+
+        assertion.release();
+        QVERIFY(!assertion.isHeld());
+        QTRY_VERIFY_WITH_TIMEOUT(inhibitors().isEmpty(), 5'000);
+
+        // Held again after a release, and dropped when the object goes.
+        {
+            LogindPowerAssertion again(m_bus->connection(), m_bus->connection());
+            QVERIFY(again.acquire(u"x"_s));
+            QTRY_COMPARE_WITH_TIMEOUT(inhibitors().size(), 1, 5'000);
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(inhibitors().isEmpty(), 5'000);
+    }
+
+    void withoutLogindTheInhibitorFailsWithOneLogLine() {
+        LogCapture log;
+        LogindPowerAssertion assertion(m_bus->connection(), m_bus->connection());
+        QVERIFY(!assertion.acquire(u"scheduled action due"_s));
+        QVERIFY(!assertion.acquire(u"scheduled action due"_s));
+        QVERIFY(!assertion.isHeld());
+        assertion.release();
+        QCOMPARE(log.count(u"could not keep the machine awake through logind"_s), 1);
+    }
 };
 
-QTEST_GUILESS_MAIN(TestLogindPowerActions)
-#include "tst_logindpoweractions.moc"
+QTEST_GUILESS_MAIN(TestLogind)
+#include "tst_logind.moc"
