@@ -43,8 +43,9 @@ AppInfo app(qint32 pid, const QString& name) {
     return info;
 }
 
-// Everything the engine reads, wired as the application wires it.
-struct AutoQuitRig {
+// Everything the engine and the warning read, wired as the application wires them; records what
+// they hand back.
+struct Rig {
     FakeWorkspace workspace;
     ManualClock clock;
     FakeIdleTime idle;
@@ -56,6 +57,24 @@ struct AutoQuitRig {
     AutoQuitManager manager{workspace, clock};
     Batches batches;
     QList<AutoQuitTrigger> triggers;
+    FakeNotificationCenter center;
+    NotificationAuthority authority{center};
+    FakeCountdownPresenter* presenter = new FakeCountdownPresenter;
+    QuitWarningService service{center, authority, clock,
+                               std::unique_ptr<CountdownPresenter>(presenter)};
+    Batches quits;
+    Batches cancels;
+    QStringList forwarded;
+
+    explicit Rig(const QString& style = u"notification"_s) {
+        settings.setQuitWarningStyle(style);
+        service.setSettings(&settings);
+        service.onQuit = [this](const QList<AppInfo>& batch) { quits << ids(batch); };
+        service.onCancel = [this](const QList<AppInfo>& batch) { cancels << ids(batch); };
+        service.forwardUnhandledAction = [this](const QString& id) { forwarded << id; };
+        service.registerCategory();
+        clock.advance(seconds(0));
+    }
 
     // Call once the workspace holds its apps: they are first seen now.
     void wire() {
@@ -76,32 +95,6 @@ struct AutoQuitRig {
         QList<AppRule> rules = settings.appRules();
         rules << AppRule{bundleID, bundleID, AppRule::Action::quit, minutes};
         settings.setAppRules(rules);
-    }
-};
-
-// The warning as the application wires it, recording what it hands back.
-struct WarningRig {
-    FakeNotificationCenter center;
-    NotificationAuthority authority{center};
-    ManualClock clock;
-    MemoryDefaultsStore defaults;
-    FakeBundleInfo bundle;
-    AppSettings settings{defaults, bundle, clock, ProductTexts::macOS()};
-    FakeCountdownPresenter* presenter = new FakeCountdownPresenter;
-    QuitWarningService service{center, authority, clock,
-                               std::unique_ptr<CountdownPresenter>(presenter)};
-    QList<QList<qint32>> quits;
-    QList<QList<qint32>> cancels;
-    QStringList forwarded;
-
-    explicit WarningRig(const QString& style = u"notification"_s) {
-        settings.setQuitWarningStyle(style);
-        service.setSettings(&settings);
-        service.onQuit = [this](const QList<AppInfo>& apps) { quits << ids(apps); };
-        service.onCancel = [this](const QList<AppInfo>& apps) { cancels << ids(apps); };
-        service.forwardUnhandledAction = [this](const QString& id) { forwarded << id; };
-        service.registerCategory();
-        clock.advance(seconds(0));
     }
 };
 
@@ -278,7 +271,7 @@ private slots:
 
     // Auto quit: the idle sweep and the per-app rules.
     void idleIsSampledAtOnceThenEveryIntervalAndNoReadingMeansPresent() {
-        AutoQuitRig r;
+        Rig r;
         LogCapture log;
         QSignalSpy published(&r.idleMonitor, &IdleMonitorService::systemIdleSecondsChanged);
 
@@ -307,7 +300,7 @@ private slots:
     }
 
     void idleSweepFiresOncePerIdlePeriod() {
-        AutoQuitRig r;
+        Rig r;
         r.workspace.add(10, u"Front"_s, u"com.front"_s);
         r.workspace.add(11, u"Menu"_s, u"com.menu"_s, ActivationPolicy::accessory);
         r.workspace.add(12, u"Kept"_s, u"com.keep"_s);
@@ -343,7 +336,7 @@ private slots:
     }
 
     void idleSweepWithNothingToQuitStillLatches() {
-        AutoQuitRig r;
+        Rig r;
         r.workspace.add(11, u"Menu"_s, u"com.menu"_s, ActivationPolicy::accessory);
         r.wire();
         r.settings.setIdleQuitEnabled(true);
@@ -355,7 +348,7 @@ private slots:
 
     // Inclusive time-outs; the frontmost app and, while protected, menu-bar apps are spared.
     void rulesActAtTheirTimeoutAndSpareAppsInUse() {
-        AutoQuitRig r;
+        Rig r;
         r.workspace.add(10, u"Quit"_s, u"com.quit"_s);
         auto hidden = r.workspace.add(11, u"Hide"_s, u"com.hide"_s);
         r.workspace.add(12, u"Front"_s, u"com.front"_s);
@@ -384,7 +377,7 @@ private slots:
     }
 
     void onePassHandsOverTheSweepThenTheRulesInRuleOrder() {
-        AutoQuitRig r;
+        Rig r;
         r.workspace.add(10, u"A"_s, u"com.a"_s);
         r.workspace.add(11, u"B1"_s, u"com.b"_s);
         r.workspace.add(12, u"B2"_s, u"com.b"_s);
@@ -405,7 +398,7 @@ private slots:
     }
 
     void passesComeEveryMinuteWhileTheSourcesLive() {
-        AutoQuitRig r;
+        Rig r;
         r.workspace.add(10, u"App"_s, u"com.app"_s);
         r.wire();
         r.quitRule(u"com.app"_s, 0);
@@ -422,7 +415,7 @@ private slots:
 
     // The quit warning.
     void registersItsCategoryAndAsksOnceForPermission() {
-        WarningRig rig;
+        Rig rig;
         QCOMPARE(rig.center.categoryList,
                  (QList<NotificationCategory>{{u"Vantle.autoQuit"_s,
                                                {{u"Vantle.autoQuit.quitNow"_s, u"Quit Now"_s},
@@ -458,7 +451,7 @@ private slots:
         QFETCH(QList<AppInfo>, apps);
         QFETCH(QString, title);
         QFETCH(QString, body);
-        WarningRig rig;
+        Rig rig;
         rig.service.present(apps);
         QCOMPARE(rig.center.posted, (QList<NotificationRequest>{
                                         {u"Vantle.autoQuit.warning"_s, title, body,
@@ -468,7 +461,7 @@ private slots:
     }
 
     void countdownQuitsTheBatchInArrivalOrder() {
-        WarningRig rig;
+        Rig rig;
         rig.settings.setQuitWarningSeconds(3.9); // truncated to 3
         rig.service.present({app(5, u"B"_s), app(4, u"A"_s)});
         rig.clock.advance(seconds(2));
@@ -485,7 +478,7 @@ private slots:
 
     // The engine hands the same idle app over every minute; only new apps restart the count.
     void repeatsAreIgnoredAndNewcomersRestartTheCount() {
-        WarningRig rig;
+        Rig rig;
         rig.service.present({app(1, u"A"_s)});
         rig.clock.advance(seconds(48));
         rig.service.present({app(1, u"A"_s)});
@@ -502,7 +495,7 @@ private slots:
     }
 
     void neverQuitsAtOnceWithoutDeduplicating() {
-        WarningRig rig(u"never"_s);
+        Rig rig(u"never"_s);
         rig.service.present({app(1, u"A"_s), app(1, u"A"_s)});
         QCOMPARE(rig.quits, (QList<QList<qint32>>{{1, 1}}));
         QVERIFY(rig.center.posted.isEmpty());
@@ -510,7 +503,7 @@ private slots:
     }
 
     void responsesEndOrForward() {
-        WarningRig rig;
+        Rig rig;
         rig.service.present({app(1, u"A"_s)});
         rig.center.respond(u"Vantle.schedule.warning"_s, u"Vantle.schedule.now"_s);
         rig.center.respond(u"Vantle.autoQuit.warning"_s,
@@ -540,7 +533,7 @@ private slots:
     void panelForWindowStyleAndWhenNotificationsAreDenied() {
         QFETCH(QString, style);
         QFETCH(AuthorizationStatus, status);
-        WarningRig rig(style);
+        Rig rig(style);
         rig.center.status = status;
         rig.authority.refresh();
         rig.service.present({app(1, u"A"_s)});
@@ -572,7 +565,7 @@ private slots:
         QFETCH(QString, style);
         QFETCH(AuthorizationStatus, status);
         QFETCH(bool, reported);
-        WarningRig rig(style);
+        Rig rig(style);
         rig.center.status = status;
         rig.authority.refresh();
         rig.service.reportRefused({});
