@@ -31,13 +31,7 @@ bool FakeRunningApplication::hide() {
 
 QList<RunningApplicationRef> FakeWorkspace::runningApplications() const {
     const_cast<FakeWorkspace*>(this)->listCalls++;
-    QList<RunningApplicationRef> list;
-    if (supported) {
-        for (const auto& app : apps) {
-            list.append(app);
-        }
-    }
-    return list;
+    return {apps.cbegin(), apps.cend()};
 }
 
 RunningApplicationRef FakeWorkspace::application(qint32 pid) const {

@@ -44,7 +44,7 @@ public:
 class FakeWorkspace final : public Workspace {
     Q_OBJECT
 public:
-    bool isSupported() const override { return supported; }
+    bool isSupported() const override { return true; }
     QList<RunningApplicationRef> runningApplications() const override;
     RunningApplicationRef application(qint32 pid) const override;
     std::optional<qint32> frontmostApplication() const override { return frontmost; }
@@ -58,10 +58,8 @@ public:
 
     void emitLaunch(qint32 pid) { emit didLaunchApplication(application(pid)); }
     void emitTerminate(qint32 pid);
-    void emitActivate(qint32 pid) { emit didActivateApplication(application(pid)); }
     void emitDeactivate(qint32 pid) { emit didDeactivateApplication(application(pid)); }
 
-    bool supported = true;
     std::optional<qint32> frontmost;
     QList<std::shared_ptr<FakeRunningApplication>> apps;
     int listCalls = 0;

@@ -101,8 +101,7 @@ private slots:
         // The desktop's own words for what it bound, made from the preferred trigger we sent.
         QTRY_COMPARE(service.keyCap(Command::sleep, KeyCapStyle::linuxDesktop),
                      u"Desktop: CTRL+ALT+LOGO+s"_s);
-        const auto binds = backendCalls(kPortalPath, u"BindShortcuts"_s);
-        QCOMPARE(binds.size(), 1);
+        QCOMPARE(backendCalls(kPortalPath, u"BindShortcuts"_s).size(), 1);
 
         press(u"sleep"_s);
         press(u"shutDown"_s);
@@ -128,8 +127,8 @@ private slots:
                      u"Desktop: CTRL+ALT+LOGO+r"_s);
         QVERIFY(service.unavailable().isEmpty());
         press(u"restart"_s);
-        QTRY_COMPARE(received.size(), 3);
-        QCOMPARE(received.last(), Command::restart);
+        QTRY_COMPARE(received,
+                     (QList<Command>{Command::sleep, Command::shutDown, Command::restart}));
 
         // The user has the last word on the keys; Vantle shows what the desktop now uses.
         desktop(u"Rebind"_s, {u"restart"_s, u"Meta+F9"_s});

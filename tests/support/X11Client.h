@@ -17,9 +17,6 @@ public:
     X11Client(const X11Client&) = delete;
     X11Client& operator=(const X11Client&) = delete;
 
-    xcb_connection_t* connection() const { return m_c; }
-    xcb_window_t root() const { return m_root; }
-
     // The first key code that types `keysym` in the current map; 0 when none does.
     xcb_keycode_t keycodeOf(xcb_keysym_t keysym) const;
     // The modifier state the server reports right now, locks included.

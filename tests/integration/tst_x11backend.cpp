@@ -2,10 +2,13 @@
 #include "monitor/AppMonitorService.h"
 #include "platform/linux/StatusNotifierTray.h"
 #include "platform/linux/X11Connection.h"
+#include "platform/linux/X11HotKeyRegistrar.h"
 #include "platform/linux/X11Workspace.h"
 #include "platform/linux/XScreenSaverIdleTime.h"
 #include "support/PrivateSessionBus.h"
 #include "support/VirtualDesktop.h"
+#include "support/X11Client.h"
+#include "system/HotKeyService.h"
 
 #include <QDBusAbstractAdaptor>
 #include <QDBusConnectionInterface>
@@ -20,11 +23,14 @@
 
 using namespace vantle;
 using std::chrono::seconds;
-using vantle::testing::PrivateSessionBus;
-using vantle::testing::VirtualDesktop;
+using namespace vantle::testing;
+using Command = AppCommand;
 using namespace Qt::StringLiterals;
 
 namespace {
+
+const QList<Command> kGlobal{Command::quitAllApps, Command::sleep, Command::restart,
+                             Command::shutDown};
 
 const AppInfo* findByPid(const QList<AppInfo>& apps, qint64 pid) {
     for (const AppInfo& app : apps) {
@@ -50,8 +56,9 @@ signals:
 
 } // namespace
 
-// The X11 backend against a real X server, window manager and clients.
-class TestX11Workspace : public QObject {
+// The X11 backend against a real X server, window manager and clients; key presses come through
+// xdotool or XTEST.
+class TestX11Backend : public QObject {
     Q_OBJECT
 
     std::unique_ptr<VirtualDesktop> m_desktop;
@@ -61,6 +68,9 @@ class TestX11Workspace : public QObject {
     std::unique_ptr<AppMonitorService> m_monitor;
     QTemporaryDir m_data;
     std::vector<std::unique_ptr<QProcess>> m_clients;
+    std::unique_ptr<X11HotKeyRegistrar> m_registrar;
+    std::unique_ptr<HotKeyService> m_service;
+    QList<Command> m_received;
 
     QProcess& startClient(const QString& program, const QStringList& arguments) {
         m_clients.push_back(m_desktop->start(program, arguments));
@@ -114,6 +124,12 @@ class TestX11Workspace : public QObject {
         m_x->flush();
     }
 
+    void press(const QString& keys) {
+        auto xdotool = m_desktop->start(u"xdotool"_s, {u"key"_s, keys});
+        QVERIFY(xdotool->waitForFinished(10'000));
+        QCOMPARE(xdotool->exitCode(), 0);
+    }
+
 private slots:
     void initTestCase() {
         m_desktop = std::make_unique<VirtualDesktop>();
@@ -139,10 +155,16 @@ private slots:
         m_clock = std::make_unique<ManualClock>();
         m_monitor = std::make_unique<AppMonitorService>(*m_workspace, *m_clock,
                                                         static_cast<qint32>(::getpid()));
+        m_registrar = std::make_unique<X11HotKeyRegistrar>(*m_x);
+        m_service = std::make_unique<HotKeyService>(*m_registrar);
+        m_received.clear();
+        m_service->onCommand = [this](Command command) { m_received.append(command); };
     }
 
     void cleanup() {
         m_clients.clear(); // a QProcess kills its program when it goes
+        m_service.reset();
+        m_registrar.reset();
         m_monitor.reset();
         m_workspace.reset();
         m_x.reset();
@@ -280,7 +302,93 @@ private slots:
         m_x->flush();
         QTRY_VERIFY(idle.secondsSinceLastInput().value_or(99) < 0.5);
     }
+
+    // Global shortcuts.
+    void aPressReachesOnCommandWhateverTheLocks_data() {
+        QTest::addColumn<QString>("lockKey");
+        QTest::addColumn<int>("lockMask");
+        QTest::newRow("no lock") << QString() << 0;
+        QTest::newRow("NumLock on") << u"Num_Lock"_s << int(XCB_MOD_MASK_2);
+        QTest::newRow("CapsLock on") << u"Caps_Lock"_s << int(XCB_MOD_MASK_LOCK);
+    }
+    void aPressReachesOnCommandWhateverTheLocks() {
+        QFETCH(QString, lockKey);
+        QFETCH(int, lockMask);
+        m_service->registerHotKeys(kGlobal);
+        QVERIFY(m_service->unavailable().isEmpty());
+
+        X11Client probe(m_desktop->display());
+        if (!lockKey.isEmpty()) {
+            press(lockKey);
+            QTRY_VERIFY((probe.modifierState() & lockMask) != 0);
+        }
+        press(u"ctrl+alt+super+s"_s);
+        press(u"ctrl+alt+super+d"_s);
+        press(u"ctrl+alt+s"_s); // not a shortcut of ours
+        QTRY_COMPARE(m_received, (QList<Command>{Command::sleep, Command::shutDown}));
+        if (!lockKey.isEmpty()) {
+            press(lockKey);
+            QTRY_COMPARE(probe.modifierState() & lockMask, 0);
+        }
+    }
+
+    void aCombinationHeldElsewhereIsUnavailableAndTheOthersWork() {
+        X11Client other(m_desktop->display());
+        const xcb_keycode_t q = other.keycodeOf('q');
+        QVERIFY(q != 0);
+        QVERIFY(other.grab(q, kCtrlAltSuper));
+
+        m_service->registerHotKeys(kGlobal);
+        QCOMPARE(m_service->unavailable(), QList<Command>{Command::quitAllApps});
+        // The lock variants taken before the clash showed were let go again.
+        for (const uint16_t lock : {uint16_t(XCB_MOD_MASK_LOCK), uint16_t(XCB_MOD_MASK_2)}) {
+            QVERIFY(other.canGrab(q, kCtrlAltSuper | lock));
+        }
+        press(u"ctrl+alt+super+q"_s);
+        press(u"ctrl+alt+super+r"_s);
+        QTRY_COMPARE(m_received, QList<Command>{Command::restart});
+
+        // Once the other program lets go, the next registration claims it.
+        other.ungrab(q, kCtrlAltSuper);
+        QTRY_VERIFY((m_service->registerHotKeys(kGlobal), m_service->unavailable().isEmpty()));
+        press(u"ctrl+alt+super+q"_s);
+        QTRY_COMPARE(m_received, (QList<Command>{Command::restart, Command::quitAllApps}));
+
+        // Switched off, a shortcut is released for another program to take.
+        m_service->registerHotKeys({Command::shutDown});
+        QVERIFY(other.canGrab(other.keycodeOf('s'), kCtrlAltSuper));
+        press(u"ctrl+alt+super+d"_s);
+        QTRY_COMPARE(m_received.last(), Command::shutDown);
+    }
+
+    void aNewKeyboardMapKeepsTheShortcuts() {
+        m_service->registerHotKeys({Command::sleep});
+        X11Client other(m_desktop->display());
+        const xcb_keycode_t oldCode = other.keycodeOf('s');
+        const std::vector<xcb_keysym_t> sSyms = other.keysymsOf(oldCode);
+        const std::vector<xcb_keysym_t> none(sSyms.size(), 0);
+        // A key the map leaves empty takes over S, as a layout switch would move it.
+        xcb_keycode_t newCode = 250;
+        while (newCode > 200 && other.keysymsOf(newCode) != none) {
+            --newCode;
+        }
+        QVERIFY(newCode > 200);
+        other.setKeysyms(newCode, sSyms);
+        other.setKeysyms(oldCode, none);
+        QTRY_COMPARE(other.keycodeOf('s'), newCode);
+        // Ours once another client can no longer take it.
+        QTRY_VERIFY(!other.canGrab(newCode, kCtrlAltSuper));
+
+        // xdotool would remap a key of its own for S here; a raw key press is what a user makes.
+        other.press(
+            {other.keycodeOf(0xffe3), other.keycodeOf(0xffe9), other.keycodeOf(0xffeb), newCode});
+        QTRY_COMPARE(m_received, QList<Command>{Command::sleep});
+        QVERIFY(other.canGrab(oldCode, kCtrlAltSuper));
+
+        other.setKeysyms(oldCode, sSyms);
+        other.setKeysyms(newCode, none);
+    }
 };
 
-QTEST_GUILESS_MAIN(TestX11Workspace)
-#include "tst_x11workspace.moc"
+QTEST_GUILESS_MAIN(TestX11Backend)
+#include "tst_x11backend.moc"
