@@ -27,16 +27,6 @@ ManualClock::ManualClock(QDateTime wallNow)
 
 ManualClock::~ManualClock() = default;
 
-Timer ManualClock::singleShot(Milliseconds delay, std::function<void()> callback,
-                              std::optional<Milliseconds> tolerance) {
-    return schedule(delay, false, std::move(callback), tolerance);
-}
-
-Timer ManualClock::repeating(Milliseconds interval, std::function<void()> callback,
-                             std::optional<Milliseconds> tolerance) {
-    return schedule(interval, true, std::move(callback), tolerance);
-}
-
 Timer ManualClock::schedule(Milliseconds delay, bool repeats, std::function<void()> callback,
                             std::optional<Milliseconds> tolerance) {
     const quint64 id = m_nextId++;
@@ -45,12 +35,25 @@ Timer ManualClock::schedule(Milliseconds delay, bool repeats, std::function<void
     return std::make_unique<Handle>(m_self, id);
 }
 
+ManualClock::Queue::iterator ManualClock::find(quint64 id) {
+    return std::find_if(m_timers.begin(), m_timers.end(),
+                        [id](const auto& entry) { return entry.second.id == id; });
+}
+
 void ManualClock::cancel(quint64 id) {
-    const auto it = std::find_if(m_timers.begin(), m_timers.end(),
-                                 [id](const auto& entry) { return entry.second.id == id; });
-    if (it != m_timers.end()) {
+    if (const auto it = find(id); it != m_timers.end()) {
         m_timers.erase(it);
     }
+}
+
+void ManualClock::fire(Queue::node_type node) {
+    const std::function<void()> callback = node.mapped().callback;
+    if (node.mapped().repeats) {
+        // Re-queue before running, so the callback may cancel its own timer.
+        node.key() = m_monotonicNow + std::max(node.mapped().interval, Milliseconds(1));
+        m_timers.insert(std::move(node));
+    }
+    callback();
 }
 
 void ManualClock::advance(Milliseconds duration) {
@@ -61,14 +64,7 @@ void ManualClock::advance(Milliseconds duration) {
         const Milliseconds due = node.key();
         m_wallNow = m_wallNow.addMSecs((due - m_monotonicNow).count());
         m_monotonicNow = due;
-        Entry& entry = node.mapped();
-        const std::function<void()> callback = entry.callback;
-        if (entry.repeats) {
-            // Re-queue before running, so the callback may cancel its own timer.
-            node.key() = due + std::max(entry.interval, Milliseconds(1));
-            m_timers.insert(std::move(node));
-        }
-        callback();
+        fire(std::move(node));
     }
     m_wallNow = m_wallNow.addMSecs((target - m_monotonicNow).count());
     m_monotonicNow = target;
@@ -86,18 +82,10 @@ void ManualClock::jump(Milliseconds gap) {
         overdue.push_back(entry.id);
     }
     for (const quint64 id : overdue) {
-        const auto it = std::find_if(m_timers.begin(), m_timers.end(),
-                                     [id](const auto& entry) { return entry.second.id == id; });
-        if (it == m_timers.end()) {
-            continue; // cancelled by an earlier callback
+        // An earlier callback may have cancelled it.
+        if (const auto it = find(id); it != m_timers.end()) {
+            fire(m_timers.extract(it));
         }
-        auto node = m_timers.extract(it);
-        const std::function<void()> callback = node.mapped().callback;
-        if (node.mapped().repeats) {
-            node.key() = m_monotonicNow + std::max(node.mapped().interval, Milliseconds(1));
-            m_timers.insert(std::move(node));
-        }
-        callback();
     }
 }
 

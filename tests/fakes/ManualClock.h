@@ -17,9 +17,13 @@ public:
     QDateTime now() const override { return m_wallNow; }
     Milliseconds monotonicNow() const override { return m_monotonicNow; }
     Timer singleShot(Milliseconds delay, std::function<void()> callback,
-                     std::optional<Milliseconds> tolerance = std::nullopt) override;
+                     std::optional<Milliseconds> tolerance = std::nullopt) override {
+        return schedule(delay, false, std::move(callback), tolerance);
+    }
     Timer repeating(Milliseconds interval, std::function<void()> callback,
-                    std::optional<Milliseconds> tolerance = std::nullopt) override;
+                    std::optional<Milliseconds> tolerance = std::nullopt) override {
+        return schedule(interval, true, std::move(callback), tolerance);
+    }
 
     void advance(Milliseconds duration);
     // Moves the wall clock only; timers are monotonic and do not fire.
@@ -47,7 +51,10 @@ private:
 
     Timer schedule(Milliseconds delay, bool repeats, std::function<void()> callback,
                    std::optional<Milliseconds> tolerance);
+    Queue::iterator find(quint64 id);
     void cancel(quint64 id);
+    // Runs a due timer taken off the queue at the current time.
+    void fire(Queue::node_type node);
 
     QDateTime m_wallNow;
     Milliseconds m_monotonicNow{0};

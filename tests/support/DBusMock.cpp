@@ -8,8 +8,21 @@
 namespace vantle::testing {
 
 namespace {
+
 const QString kPython = QStringLiteral("/usr/bin/python3");
+
+std::unique_ptr<QProcess> runDBusMock(const QString& busAddress, const QStringList& arguments) {
+    auto mock = std::make_unique<QProcess>();
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), busAddress);
+    env.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), busAddress);
+    mock->setProcessEnvironment(env);
+    mock->setStandardOutputFile(QProcess::nullDevice());
+    mock->start(kPython, QStringList{QStringLiteral("-m"), QStringLiteral("dbusmock")} + arguments);
+    return mock;
 }
+
+} // namespace
 
 bool hasDBusMock() {
     return QProcess::execute(kPython, {QStringLiteral("-c"), QStringLiteral("import dbusmock")}) ==
@@ -18,34 +31,19 @@ bool hasDBusMock() {
 
 std::unique_ptr<QProcess> startDBusMock(const QString& busAddress, const QString& templateName,
                                         const QStringList& extraArguments) {
-    auto mock = std::make_unique<QProcess>();
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), busAddress);
-    env.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), busAddress);
-    mock->setProcessEnvironment(env);
-    mock->setStandardOutputFile(QProcess::nullDevice());
-    QStringList arguments{QStringLiteral("-m"), QStringLiteral("dbusmock")};
-    arguments << extraArguments.filter(QStringLiteral("--session")) << QStringLiteral("--template")
-              << templateName;
+    QStringList arguments = extraArguments.filter(QStringLiteral("--session"));
+    arguments << QStringLiteral("--template") << templateName;
     for (const QString& argument : extraArguments) {
         if (argument != QLatin1String("--session")) {
             arguments << argument;
         }
     }
-    mock->start(kPython, arguments);
-    return mock;
+    return runDBusMock(busAddress, arguments);
 }
 
 std::unique_ptr<QProcess> startDBusMockObject(const QString& busAddress, const QString& name,
                                               const QString& path, const QString& interface) {
-    auto mock = std::make_unique<QProcess>();
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), busAddress);
-    mock->setProcessEnvironment(env);
-    mock->setStandardOutputFile(QProcess::nullDevice());
-    mock->start(kPython, {QStringLiteral("-m"), QStringLiteral("dbusmock"),
-                          QStringLiteral("--session"), name, path, interface});
-    return mock;
+    return runDBusMock(busAddress, {QStringLiteral("--session"), name, path, interface});
 }
 
 QList<QVariantList> mockedCalls(QDBusConnection bus, const QString& service, const QString& path,
