@@ -43,7 +43,6 @@ struct AppListFixture {
         return result;
     }
     QStringList visibleNames() const { return names(state.visibleApps()); }
-    QStringList selectedNames() const { return names(state.selectedApps()); }
 };
 
 } // namespace vantle

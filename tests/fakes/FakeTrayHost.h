@@ -9,7 +9,7 @@ class FakeTrayHost final : public TrayHost {
     Q_OBJECT
 public:
     bool isAvailable() const override { return available; }
-    bool hasStatusNotifierHost() const override { return statusNotifier; }
+    bool hasStatusNotifierHost() const override { return false; }
 
     void setAvailable(bool value) {
         if (value != available) {
@@ -19,7 +19,6 @@ public:
     }
 
     bool available = false;
-    bool statusNotifier = false;
 };
 
 } // namespace vantle

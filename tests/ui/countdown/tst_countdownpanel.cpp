@@ -78,7 +78,7 @@ class TestCountdownPanel : public QObject {
 
         explicit Rig(const QString& kind)
             : state(makeState(kind)) {
-            setContent(*state, kind, {u"Mail"_s});
+            setContent(*state, kind, {u"Other"_s});
         }
         QPointer<QWidget> open() {
             window.show(*state, [this](bool confirmed) {
@@ -132,17 +132,14 @@ private slots:
         QFETCH(QString, caption);
         QFETCH(QString, confirm);
         // Opened with other content first: the panel has to follow the change.
-        const std::unique_ptr<CountdownState> state = makeState(kind);
-        setContent(*state, otherKind(kind), {u"Other"_s});
-        state->setSecondsLeft(42);
-        NullPanelPlacement placement;
-        CountdownWindow window(placement);
-        window.show(*state, {});
-        const QWidget& panel = *window.panel();
+        Rig rig(otherKind(kind));
+        rig.state->setSecondsLeft(42);
+        rig.window.show(*rig.state, {});
+        const QWidget& panel = *rig.window.panel();
         QCOMPARE(panel.size(), size);
         QVERIFY(panel.windowFlags().testFlags(Qt::Tool | Qt::WindowStaysOnTopHint |
                                               Qt::WindowCloseButtonHint));
-        setContent(*state, kind, names);
+        setContent(*rig.state, kind, names);
 
         QCOMPARE(std::tuple(panel.windowTitle(), text(panel, u"title"_s),
                             text(panel, u"countdown"_s), text(panel, u"caption"_s),
@@ -173,7 +170,7 @@ private slots:
             }
         }
 
-        state->setSecondsLeft(1);
+        rig.state->setSecondsLeft(1);
         QCOMPARE(text(panel, u"countdown"_s), u"in 1s"_s);
     }
 
