@@ -274,18 +274,6 @@ private slots:
         QCOMPARE(parseSchedulerListing(output, marker), keys);
     }
 
-    void nothingToScheduleRunsNothing() {
-        InlineRig rig({schedule(Action::sleep, {Weekday::monday}, 23, 0)});
-        rig.settings.setPmsetRegistered({u"stale"_s});
-        rig.settings.setPmsetRegistered({});
-        rig.sync();
-        QCOMPARE(rig.scripts.plainRuns + rig.scripts.administratorRuns +
-                     rig.settings.pmsetRegistered(),
-                 QStringList{});
-        QVERIFY(rig.alerts.shown.isEmpty());
-        QVERIFY(!rig.pmset->syncInFlight());
-    }
-
     // The first sync asks for the password once per launch, registers and remembers the events;
     // an unchanged sync later runs nothing; a changed one cancels the old event and asks only the
     // system's prompt.
