@@ -288,6 +288,7 @@ private slots:
         rig.sync();
         QCOMPARE(rig.scripts.administratorRuns.size(), 1);
         QVERIFY(rig.scripts.plainRuns.isEmpty());
+        QCOMPARE(rig.settings.pmsetRegistered(), QStringList{kTuesdayWake});
 
         // Tuesday 07:30 has passed: the next one is a week later, out of reach; the old one goes.
         rig.clock.setNow(QDateTime(QDate(2026, 11, 17), QTime(8, 0)));
