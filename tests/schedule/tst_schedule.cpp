@@ -285,10 +285,7 @@ private slots:
         QCOMPARE(rig.assertion.acquired, 2);
 
         // Without settings the hold goes at once.
-        auto settings =
-            std::make_unique<AppSettings>(rig.store, rig.bundle, rig.clock, ProductTexts::macOS());
-        rig.service.setSettings(settings.get());
-        settings.reset();
+        rig.settings.reset();
         rig.clock.advance(30s);
         QCOMPARE(rig.assertion.released, 2);
     }
