@@ -62,8 +62,14 @@ private:
         return m_bus->calls(kLogin1, kLogin1Path, method);
     }
 
-    std::unique_ptr<LogindPowerActions> makeActions() {
-        return std::make_unique<LogindPowerActions>(m_bus->connection(), m_bus->connection());
+    // Asks for sleep, restart and shut down; the actions must outlive the test's waits.
+    std::unique_ptr<LogindPowerActions> requestEveryAction() {
+        auto actions =
+            std::make_unique<LogindPowerActions>(m_bus->connection(), m_bus->connection());
+        actions->sleep();
+        actions->restart(askedToQuit());
+        actions->shutDown(askedToQuit());
+        return actions;
     }
     // One app was asked to quit; it has gone unless m_appsRunning.
     QList<RunningApplicationRef> askedToQuit() const {
@@ -114,10 +120,7 @@ private slots:
 
     void withoutSessionManagerLogindActsInteractively() {
         startLogind(QStringLiteral(R"({"CanReboot": "challenge"})"));
-        auto actions = makeActions();
-        actions->sleep();
-        actions->restart(askedToQuit());
-        actions->shutDown(askedToQuit());
+        const auto actions = requestEveryAction();
         QTRY_COMPARE_WITH_TIMEOUT(calls(u"PowerOff"_s), QList<QVariantList>({{true}}), 10'000);
         QTRY_COMPARE_WITH_TIMEOUT(calls(u"Reboot"_s), QList<QVariantList>({{true}}), 10'000);
         QTRY_COMPARE_WITH_TIMEOUT(calls(u"Suspend"_s), QList<QVariantList>({{true}}), 10'000);
@@ -125,12 +128,9 @@ private slots:
 
     void refusalsAndRunningAppsStopTheAction() {
         startLogind(QStringLiteral(R"({"CanSuspend": "na"})"));
-        auto actions = makeActions();
         LogCapture log;
         m_appsRunning = true;
-        actions->sleep();
-        actions->restart(askedToQuit());
-        actions->shutDown(askedToQuit());
+        const auto actions = requestEveryAction();
         QTRY_COMPARE_WITH_TIMEOUT(log.count(u"still running"_s), 2, 10'000);
         QTRY_COMPARE_WITH_TIMEOUT(log.count(u"CanSuspend answers \"na\""_s), 1, 10'000);
         for (const QString& method : {u"CanReboot"_s, u"CanPowerOff"_s, u"Suspend"_s}) {
@@ -146,9 +146,7 @@ private slots:
                                         QDBusConnection::ExportAllSlots));
         QVERIFY(gnomeBus.registerService(u"org.gnome.SessionManager"_s));
         m_appsRunning = true; // the session manager lets them save, so this must not stop it
-        auto actions = makeActions();
-        actions->restart(askedToQuit());
-        actions->shutDown(askedToQuit());
+        const auto actions = requestEveryAction();
         QTRY_COMPARE_WITH_TIMEOUT(gnome.calls, (QStringList{u"Reboot"_s, u"Shutdown"_s}), 10'000);
         QCOMPARE(calls(u"Reboot"_s).size() + calls(u"PowerOff"_s).size(), 0);
         QDBusConnection::disconnectFromBus(u"fake-gnome"_s);

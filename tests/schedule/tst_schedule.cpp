@@ -46,18 +46,38 @@ QDateTime berlin(int month, int day, int hour, int minute, int second = 0) {
                      QTimeZone("Europe/Berlin"));
 }
 
+// The schedule monitor from a stored schedules document (or none) through the whole start path:
+// settings, monitor and power sync.
 struct Rig {
-    explicit Rig(const QDateTime& start, QList<ShutdownSchedule> schedules)
+    Rig(const QDateTime& start, const QList<ShutdownSchedule>& schedules)
+        : Rig(start, QByteArray()) {
+        settings->setShutdownSchedules(schedules);
+    }
+    Rig(const QDateTime& start, const QByteArray& stored)
         : clock(start) {
-        settings.setShutdownSchedules(std::move(schedules));
-        service.setSettings(&settings);
+        if (!stored.isNull()) {
+            store.values.insert(u"shutdownSchedules"_s, stored);
+        }
+        store.setObject(u"didAdoptPmsetEntries"_s, true);
+        settings =
+            std::make_unique<AppSettings>(store, bundle, clock, ProductTexts::linuxDesktop());
+        service.setSettings(settings.get());
+        service.setPmsetSync(&sync);
         service.onScheduledAction = [this](const ShutdownSchedule& due) { fired.append(due); };
         service.start();
     }
+
+    LogCapture log;
     ManualClock clock;
     MemoryDefaultsStore store;
     FakeBundleInfo bundle;
-    AppSettings settings{store, bundle, clock, ProductTexts::macOS()};
+    std::unique_ptr<AppSettings> settings;
+    InlineExecutor executor;
+    FakeScriptRunner scripts;
+    FakeAlerts alerts;
+    PrivilegedRunner runner{scripts, alerts, PowerSchedulerTool::linuxTool(u"/usr/libexec"_s),
+                            ProductTexts::linuxDesktop(), u"ada"_s};
+    PmsetSync sync{clock, executor, scripts, runner, store};
     FakePowerAssertion assertion;
     ScheduleMonitorService service{clock, assertion};
     QList<ShutdownSchedule> fired;
@@ -78,52 +98,6 @@ const QList<double> kExtremes{
     -9.2233720368547748e18, -1e18, -5, -1, 0, 23, 24, 59, 60, 99, 1439, 1e9, 1e18,
     9.2233720368547748e18,
 };
-
-struct StartPath {
-    explicit StartPath(const QDateTime& start, const QByteArray& stored)
-        : clock(start) {
-        store.values.insert(u"shutdownSchedules"_s, stored);
-        store.setObject(u"didAdoptPmsetEntries"_s, true);
-        settings =
-            std::make_unique<AppSettings>(store, bundle, clock, ProductTexts::linuxDesktop());
-        monitor.setSettings(settings.get());
-        monitor.setPmsetSync(&sync);
-        monitor.onScheduledAction = [this](const ShutdownSchedule& s) { fired.append(s); };
-        monitor.start();
-        monitor.syncPmset();
-    }
-
-    LogCapture log;
-    ManualClock clock;
-    MemoryDefaultsStore store;
-    FakeBundleInfo bundle;
-    std::unique_ptr<AppSettings> settings;
-    InlineExecutor executor;
-    FakeScriptRunner scripts;
-    FakeAlerts alerts;
-    PrivilegedRunner runner{scripts, alerts, PowerSchedulerTool::linuxTool(u"/usr/libexec"_s),
-                            ProductTexts::linuxDesktop(), u"ada"_s};
-    PmsetSync sync{clock, executor, scripts, runner, store};
-    FakePowerAssertion assertion;
-    ScheduleMonitorService monitor{clock, assertion};
-    QList<ShutdownSchedule> fired;
-};
-
-QByteArray scheduleJson(const QString& id, bool enabled, const QString& action,
-                        const QList<int>& days, double hour, double minute) {
-    QJsonArray dayArray;
-    for (const int day : days) {
-        dayArray.append(day);
-    }
-    const QJsonObject object{{u"id"_s, id},         {u"isEnabled"_s, enabled},
-                             {u"action"_s, action}, {u"days"_s, dayArray},
-                             {u"hour"_s, hour},     {u"minute"_s, minute}};
-    return QJsonDocument(object).toJson(QJsonDocument::Compact);
-}
-
-QString uuidText(quint32 n) {
-    return u"%1-0000-4000-8000-000000000000"_s.arg(n, 8, 16, QLatin1Char('0'));
-}
 
 // The warning before a scheduled action, over a fake notification centre and panel.
 struct WarningRig {
@@ -151,13 +125,6 @@ struct WarningRig {
             proceeded << action;
             panelClosedFirst << !presenter->open;
         };
-    }
-    QStringList bodies() const {
-        QStringList result;
-        for (const NotificationRequest& request : center.posted) {
-            result << request.body;
-        }
-        return result;
     }
 };
 } // namespace
@@ -251,7 +218,7 @@ private slots:
         QCOMPARE(rig.fired, QList<ShutdownSchedule>({first, second}));
         QCOMPARE(rig.service.lastFiredIDs(), QSet<QUuid>({first.id, second.id, wake.id}));
 
-        rig.settings.setShutdownSchedules({first, wake});
+        rig.settings->setShutdownSchedules({first, wake});
         rig.clock.advance(30s);
         QCOMPARE(rig.service.lastFiredIDs(), QSet<QUuid>({first.id, wake.id}));
         rig.clock.advance(90s); // 22:02:10
@@ -261,7 +228,7 @@ private slots:
         // Moved to a later minute the same evening, it is a new window.
         auto moved = first;
         moved.minute = 5;
-        rig.settings.setShutdownSchedules({moved});
+        rig.settings->setShutdownSchedules({moved});
         rig.clock.advance(3min);
         QCOMPARE(rig.fired.size(), 3);
     }
@@ -318,10 +285,7 @@ private slots:
         QCOMPARE(rig.assertion.acquired, 2);
 
         // Without settings the hold goes at once.
-        auto settings =
-            std::make_unique<AppSettings>(rig.store, rig.bundle, rig.clock, ProductTexts::macOS());
-        rig.service.setSettings(settings.get());
-        settings.reset();
+        rig.settings.reset();
         rig.clock.advance(30s);
         QCOMPARE(rig.assertion.released, 2);
     }
@@ -362,27 +326,33 @@ private slots:
                                           : double(random.bounded(inRange));
         };
         for (int run = 0; run < 1500; ++run) {
-            QList<QByteArray> elements;
+            QJsonArray elements;
             const int count = random.bounded(5);
             for (int i = 0; i < count; ++i) {
-                QList<int> days;
+                QJsonArray days;
                 for (int d = random.bounded(4); d > 0; --d) {
                     days.append(1 + random.bounded(7));
                 }
                 // Small id space: repeated ids come up often.
-                elements.append(scheduleJson(uuidText(random.bounded(4u)), random.bounded(4) != 0,
-                                             actions[random.bounded(actions.size())], days,
-                                             number(24), number(60)));
+                const QString id = u"%1-0000-4000-8000-000000000000"_s.arg(random.bounded(4u), 8,
+                                                                           16, QLatin1Char('0'));
+                elements.append(QJsonObject{{u"id"_s, id},
+                                            {u"isEnabled"_s, random.bounded(4) != 0},
+                                            {u"action"_s, actions[random.bounded(actions.size())]},
+                                            {u"days"_s, days},
+                                            {u"hour"_s, number(24)},
+                                            {u"minute"_s, number(60)}});
             }
-            const QByteArray stored = '[' + elements.join(',') + ']';
+            const QByteArray stored = QJsonDocument(elements).toJson(QJsonDocument::Compact);
             // Any minute of a week that includes the end of summer time in Berlin.
             const QDateTime start =
                 QDateTime(QDate(2026, 10, 22), QTime(0, 0), berlin)
                     .addSecs(qint64(random.bounded(7 * 24 * 60)) * 60 + random.bounded(60));
 
-            StartPath path(start, stored);
+            Rig path(start, stored);
+            path.service.syncPmset();
             path.clock.advance(std::chrono::seconds(30 + random.bounded(120)));
-            path.monitor.syncPmset();
+            path.service.syncPmset();
 
             for (const ShutdownSchedule& schedule : std::as_const(path.fired)) {
                 QVERIFY2(!schedule.problem(), stored.constData());
@@ -395,7 +365,7 @@ private slots:
                          qPrintable(script));
             }
             QCOMPARE(path.store.values.value(u"shutdownSchedules"_s), DefaultsValue(stored));
-            QVERIFY(path.monitor.lastFiredIDs().size() <= count);
+            QVERIFY(path.service.lastFiredIDs().size() <= count);
         }
     }
 
@@ -428,22 +398,20 @@ private slots:
             rig.service.setSettings(nullptr);
         }
         rig.service.warn(Action::sleep);
-        // The titles are the panel's too, and are checked there.
-        QCOMPARE(rig.center.posted.first(),
-                 (NotificationRequest{u"Vantle.schedule.warning"_s, u"Going to Sleep"_s,
-                                      u"In 60s. Cancel to skip this one."_s, u"Vantle.schedule"_s,
-                                      InterruptionLevel::timeSensitive}));
         QCOMPARE(rig.presenter->shows, 0);
         rig.clock.advance(seconds(59));
         QVERIFY(rig.proceeded.isEmpty());
         QVERIFY(rig.center.removed.isEmpty());
         rig.clock.advance(seconds(1));
         QCOMPARE(rig.proceeded, QList<Action>{Action::sleep});
-        QStringList expected;
+        // The titles are the panel's too, and are checked there.
+        QList<NotificationRequest> expected;
         for (int left : {60, 50, 40, 30, 20, 10, 5, 4, 3, 2, 1, 0}) {
-            expected << u"In %1s. Cancel to skip this one."_s.arg(left);
+            expected << NotificationRequest{u"Vantle.schedule.warning"_s, u"Going to Sleep"_s,
+                                            u"In %1s. Cancel to skip this one."_s.arg(left),
+                                            u"Vantle.schedule"_s, InterruptionLevel::timeSensitive};
         }
-        QCOMPARE(rig.bodies(), expected);
+        QCOMPARE(rig.center.posted, expected);
         QCOMPARE(rig.center.removed, QStringList{u"Vantle.schedule.warning"_s});
         QVERIFY(!rig.service.isWarning());
         QCOMPARE(rig.clock.pendingTimerCount(), 0u);

@@ -20,6 +20,7 @@ const QString kAppImage = u"/home/ada/Apps/Vantle.AppImage"_s;
 const QString kTool = u"/usr/libexec/vantle/vantle-power"_s;
 const QString kWake = u"wake|11/17/26 07:30:00"_s;
 const QString kPowerOn = u"poweron|11/18/26 06:00:00"_s;
+const AppInstallation kTrash{Kind::trash, kAppImage};
 
 QString cancelOf(const QString& word, const QString& date) {
     return kTool + u" schedule cancel "_s + word + u" '"_s + date + u"' || true"_s;
@@ -67,17 +68,16 @@ private slots:
         QTest::addColumn<Plan>("plan");
         QTest::addColumn<bool>("macOS");
         QTest::addColumn<QStringList>("lines");
-        const AppInstallation trash{Kind::trash, kAppImage};
         const QString settings = u"Delete Vantle's settings, rules and schedules"_s;
         const QString toTrash = u"Move Vantle to the Trash"_s;
         QTest::newRow("nothing set up")
-            << Plan{{}, false, false, trash} << true << QStringList{settings, toTrash};
+            << Plan{{}, false, false, kTrash} << true << QStringList{settings, toTrash};
         QTest::newRow("one event, macOS")
-            << Plan{{kWake}, false, false, trash} << true
+            << Plan{{kWake}, false, false, kTrash} << true
             << QStringList{u"Cancel 1 scheduled power event Vantle registered with macOS"_s,
                            settings, toTrash};
         QTest::newRow("everything, Linux")
-            << Plan{{kWake, kPowerOn, u"restart|11/19/26 05:00:00"_s}, true, true, trash} << false
+            << Plan{{kWake, kPowerOn, u"restart|11/19/26 05:00:00"_s}, true, true, kTrash} << false
             << QStringList{u"Cancel 3 scheduled power events Vantle registered with systemd"_s,
                            u"Remove the rule allowing Vantle to change the power schedule "
                            u"without a password"_s,
@@ -157,16 +157,15 @@ private slots:
         QTest::addColumn<ScriptOutcome>("admin");
         QTest::addColumn<QStringList>("expected");
         QTest::addColumn<QString>("logged");
-        const AppInstallation trash{Kind::trash, kAppImage};
         const QString cancels = cancelOf(u"wake"_s, u"11/17/26 07:30:00"_s) + u"; "_s +
                                 cancelOf(u"poweron"_s, u"11/18/26 06:00:00"_s);
         const QString ruleRemoval = u"rm -f /etc/sudoers.d/vantle-power"_s;
         QTest::newRow("nothing privileged: no prompt")
-            << Plan{{}, false, false, trash} << ScriptOutcome::success()
+            << Plan{{}, false, false, kTrash} << ScriptOutcome::success()
             << dataRemovals() + QStringList{u"trash "_s + kAppImage, u"quit"_s}
             << u"Vantle: moved to /home/ada/.local/share/Trash/files/Vantle.AppImage"_s;
         QTest::newRow("events, rule and login item")
-            << Plan{{kWake, kPowerOn}, true, true, trash} << ScriptOutcome::success()
+            << Plan{{kWake, kPowerOn}, true, true, kTrash} << ScriptOutcome::success()
             << QStringList{u"admin "_s + cancels + u"; "_s + ruleRemoval,
                            u"unregister login item"_s} +
                    dataRemovals() + QStringList{u"trash "_s + kAppImage, u"quit"_s}
@@ -175,7 +174,7 @@ private slots:
              {std::pair{"password prompt dismissed", ScriptOutcome::userCancelled()},
               std::pair{"administrator run failed", ScriptOutcome::failure(1, u"Not authorized"_s)},
               std::pair{"no administrator facility", notCreated()}}) {
-            QTest::newRow(name) << Plan{{kWake, kPowerOn}, true, true, trash} << outcome
+            QTest::newRow(name) << Plan{{kWake, kPowerOn}, true, true, kTrash} << outcome
                                 << QStringList{u"admin "_s + cancels + u"; "_s + ruleRemoval}
                                 << u"Vantle: removal stopped, nothing removed"_s;
         }
@@ -245,7 +244,7 @@ private slots:
         QTest::addColumn<bool>("manifest");
         QTest::addColumn<AppInstallation>("expected");
         QTest::newRow("AppImage") << kAppImage << u"/tmp/.mount_Vantle/usr/bin"_s << false
-                                  << AppInstallation{Kind::trash, kAppImage};
+                                  << kTrash;
         QTest::newRow("home install")
             << QString() << u"/home/ada/.local/bin"_s << true
             << AppInstallation{Kind::manifest,
