@@ -59,7 +59,8 @@ private slots:
     }
 
     // The whole road of an automatic quit: rule due, warning, countdown, quit, refusal noticed
-    // and reported, and the refuser given a fresh idle period instead of a warning every minute.
+    // and reported, and the refuser given a fresh idle period instead of a warning every minute;
+    // then a schedule warning alongside.
     void dueAppsAreWarnedQuitAndRefusersStartOver() {
         FakePlatform fake;
         auto mail = fake.workspace->add(100, u"Mail"_s, u"com.mail"_s);
@@ -97,6 +98,13 @@ private slots:
         fake.clock().advance(std::chrono::seconds(59));
         QCOMPARE(fake.notifications->posted.size(), 3);
         QCOMPARE(mail->terminateRequests, 1);
+
+        // The schedule warning's buttons reach it although the quit warning receives every
+        // response.
+        delegate.handleCommand(AppCommand::sleep);
+        QVERIFY(fake.power->calls.isEmpty());
+        fake.notifications->respond(u"Vantle.schedule.warning"_s, u"Vantle.schedule.now"_s);
+        QCOMPARE(fake.power->calls, QStringList{u"sleep"_s});
     }
 
     // A shut down quits the apps first and waits for them; one power action per proceed.
@@ -147,19 +155,6 @@ private slots:
 
         delegate.settings().setShortcut(AppCommand::restart, false);
         QCOMPARE(fake.hotKeys->activeIds(), QList<quint32>{2});
-    }
-
-    // The schedule warning's notification buttons reach it although the quit warning receives
-    // every response.
-    void scheduleResponsesAreForwarded() {
-        FakePlatform fake;
-        AppDelegate delegate(fake.platform);
-        delegate.applicationDidFinishLaunching();
-        fake.clock().advance(std::chrono::seconds(0));
-        delegate.handleCommand(AppCommand::sleep);
-        QVERIFY(fake.power->calls.isEmpty());
-        fake.notifications->respond(u"Vantle.schedule.warning"_s, u"Vantle.schedule.now"_s);
-        QCOMPARE(fake.power->calls, QStringList{u"sleep"_s});
     }
 
     // The system's power schedule is brought up to date at launch, after each change of the

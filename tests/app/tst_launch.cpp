@@ -203,20 +203,6 @@ private slots:
         QCOMPARE(QDir(settingsDir()).exists(), !settings.isEmpty());
     }
 
-    // The report carries the status the running app would act on.
-    void diagnosticsCarriesTheNotificationStatus() {
-        MockedBus bus;
-        VANTLE_SKIP_WITHOUT(bus);
-        const Env onBus{{u"DBUS_SESSION_BUS_ADDRESS"_s, bus.address()}};
-        QVERIFY(
-            vantle({u"--diagnostics"_s}, onBus)
-                .out.contains(u"\nNotifications: DENIED (warnings fall back to the window)\n"_s));
-        QVERIFY(bus.start(u"notification_daemon"_s, u"org.freedesktop.Notifications"_s,
-                          {u"-p"_s, uR"({"capabilities": "body actions"})"_s}));
-        QVERIFY(
-            vantle({u"--diagnostics"_s}, onBus).out.contains(u"\nNotifications: authorized\n"_s));
-    }
-
     void secondLaunchShowsTheFirstAndLeaves() {
         PrivateSessionBus bus;
         if (!bus.isRunning()) {
@@ -289,32 +275,10 @@ private slots:
         }
     }
 
-    // `vantle --settings [tab]`: the first launch starts with the window open; later ones hand
-    // the request to the running copy and leave, and no second window opens.
-    void settingsOpenInTheRunningCopy() {
-        if (!m_desktop->isRunning()) {
-            QSKIP(qPrintable(m_desktop->error()));
-        }
-        MockedBus bus;
-        VANTLE_SKIP_WITHOUT(bus);
-        // The window must be a real one on the test's display, where xdotool can find it.
-        const Env xcb = onDesktop(u"xcb"_s, bus);
-        const Result unknown = vantle({u"--settings"_s, u"colours"_s}, xcb);
-        QCOMPARE(unknown.exitCode, 2);
-        QVERIFY2(unknown.err.contains(u"unknown settings tab"_s), qPrintable(unknown.err));
-
-        auto app = start({u"--settings"_s, u"exclusions"_s}, xcb);
-        QTRY_COMPARE_WITH_TIMEOUT(settingsWindows(), 1, 30'000);
-        QCOMPARE(vantle({u"--settings"_s}, xcb).exitCode, 0);
-        QCOMPARE(vantle({u"--settings"_s, u"about"_s}, xcb).exitCode, 0);
-        QCOMPARE(settingsWindows(), 1);
-        QCOMPARE(app->state(), QProcess::Running);
-        app->terminate();
-        QVERIFY(app->waitForFinished(10'000));
-    }
-
-    // A shortcut and `vantle --command` both reach the running copy's command dispatch.
-    void aShortcutAndTheCommandLineBothSleep() {
+    // On a desktop, `vantle --settings [tab]` starts the first copy with the window open; later
+    // ones hand the request to the running copy and leave, and no second window opens. A shortcut
+    // and `vantle --command` both reach that copy's command dispatch.
+    void laterLaunchesAndShortcutsReachTheRunningCopy() {
         if (!m_desktop->isRunning()) {
             QSKIP(qPrintable(m_desktop->error()));
         }
@@ -326,22 +290,38 @@ private slots:
                 .calls(u"org.freedesktop.login1"_s, u"/org/freedesktop/login1"_s, u"Suspend"_s)
                 .size();
         };
+        // The window must be a real one on the test's display, where xdotool can find it.
+        const Env xcb = onDesktop(u"xcb"_s, bus);
+        const Result unknown = vantle({u"--settings"_s, u"colours"_s}, xcb);
+        QCOMPARE(unknown.exitCode, 2);
+        QVERIFY2(unknown.err.contains(u"unknown settings tab"_s), qPrintable(unknown.err));
+        // The report carries the notification status the running app would act on.
+        QVERIFY(
+            vantle({u"--diagnostics"_s}, xcb)
+                .out.contains(u"\nNotifications: DENIED (warnings fall back to the window)\n"_s));
+        QVERIFY(bus.start(u"notification_daemon"_s, u"org.freedesktop.Notifications"_s,
+                          {u"-p"_s, uR"({"capabilities": "body actions"})"_s}));
+        QVERIFY(vantle({u"--diagnostics"_s}, xcb).out.contains(u"\nNotifications: authorized\n"_s));
+
         // Sleep at once, without a warning, so the effect is the logind call itself.
         writeSettings(u"com.pelmark.vantle"_s, R"({"scheduleWarningStyle": "never"})");
-        const Env env = onDesktop(u"offscreen"_s, bus);
-        auto app = start({}, env);
+        auto app = start({u"--settings"_s, u"exclusions"_s}, xcb);
+        QTRY_COMPARE_WITH_TIMEOUT(settingsWindows(), 1, 30'000);
+        QCOMPARE(vantle({u"--settings"_s}, xcb).exitCode, 0);
+        QCOMPARE(vantle({u"--settings"_s, u"about"_s}, xcb).exitCode, 0);
+        QCOMPARE(settingsWindows(), 1);
+
         // Ready once the sleep shortcut is held.
         X11Client other(m_desktop->display());
-        const xcb_keycode_t s = other.keycodeOf('s');
-        QTRY_VERIFY_WITH_TIMEOUT(!other.canGrab(s, kCtrlAltSuper), 30'000);
-
+        QTRY_VERIFY_WITH_TIMEOUT(!other.canGrab(other.keycodeOf('s'), kCtrlAltSuper), 30'000);
         auto xdotool = m_desktop->start(u"xdotool"_s, {u"key"_s, u"ctrl+alt+super+s"_s});
         QVERIFY(xdotool->waitForFinished(10'000));
         QTRY_COMPARE_WITH_TIMEOUT(suspends(), 1, 10'000);
-
-        QCOMPARE(vantle({u"--command"_s, u"sleep"_s}, env).exitCode, 0);
+        QCOMPARE(vantle({u"--command"_s, u"sleep"_s}, xcb).exitCode, 0);
         QTRY_COMPARE_WITH_TIMEOUT(suspends(), 2, 10'000);
         QCOMPARE(app->state(), QProcess::Running);
+        app->terminate();
+        QVERIFY(app->waitForFinished(10'000));
     }
 };
 

@@ -2,26 +2,25 @@
 
 namespace vantle {
 
-bool FakeRunningApplication::terminate() {
-    ++terminateRequests;
-    if (terminated) {
+// A request to a running app succeeds; when the app `exits`, it leaves the list.
+static bool end(FakeRunningApplication& app, bool exits) {
+    if (app.terminated) {
         return false;
     }
-    if (!refusesToQuit && workspace) {
-        workspace->exit(pid);
+    if (exits && app.workspace) {
+        app.workspace->exit(app.pid);
     }
     return true;
 }
 
+bool FakeRunningApplication::terminate() {
+    ++terminateRequests;
+    return end(*this, !refusesToQuit);
+}
+
 bool FakeRunningApplication::forceTerminate() {
     ++forceRequests;
-    if (terminated) {
-        return false;
-    }
-    if (workspace) {
-        workspace->exit(pid);
-    }
-    return true;
+    return end(*this, true);
 }
 
 bool FakeRunningApplication::hide() {

@@ -58,7 +58,6 @@ public:
 
     void emitLaunch(qint32 pid) { emit didLaunchApplication(application(pid)); }
     void emitTerminate(qint32 pid);
-    void emitDeactivate(qint32 pid) { emit didDeactivateApplication(application(pid)); }
 
     std::optional<qint32> frontmost;
     QList<std::shared_ptr<FakeRunningApplication>> apps;

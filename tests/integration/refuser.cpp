@@ -1,8 +1,7 @@
 // A minimal X client for integration tests: one top-level window that takes part in
 // WM_DELETE_WINDOW and ignores every close request, as an app with unsaved work would.
-//   refuser [--class NAME] [--accept]
-// With --accept it closes like a well-behaved app instead. Prints "ready" once mapped and
-// "close requested" for each request.
+//   refuser [--class NAME]
+// Prints "ready" once mapped and "close requested" for each request.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -24,12 +23,9 @@ xcb_atom_t intern(xcb_connection_t* c, const char* name) {
 
 int main(int argc, char* argv[]) {
     std::string wmClass = "Refuser";
-    bool accept = false;
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--class") == 0 && i + 1 < argc) {
             wmClass = argv[++i];
-        } else if (std::strcmp(argv[i], "--accept") == 0) {
-            accept = true;
         }
     }
     xcb_connection_t* c = xcb_connect(nullptr, nullptr);
@@ -67,10 +63,6 @@ int main(int argc, char* argv[]) {
             if (message->type == protocols && message->data.data32[0] == deleteWindow) {
                 std::printf("close requested\n");
                 std::fflush(stdout);
-                if (accept) {
-                    std::free(event);
-                    break;
-                }
             }
         }
         std::free(event);

@@ -114,11 +114,8 @@ private slots:
                  u"Desktop: CTRL+ALT+LOGO+s"_s);
 
         // A changed set gets a session of its own; the old one is closed.
-        const QString first = backendCalls(kPortalPath, u"CreateSession"_s)
-                                  .value(0)
-                                  .value(1)
-                                  .value<QDBusObjectPath>()
-                                  .path();
+        const auto created = backendCalls(kPortalPath, u"CreateSession"_s);
+        const QString first = created.value(0).value(1).value<QDBusObjectPath>().path();
         service.registerHotKeys({Command::restart});
         QTRY_COMPARE(backendCalls(kPortalPath, u"BindShortcuts"_s).size(), 2);
         QCOMPARE(backendCalls(kPortalPath, u"CreateSession"_s).size(), 2);

@@ -143,7 +143,6 @@ private slots:
         // GIO ignores entries whose program does not exist, so name the real one.
         entry.write("[Desktop Entry]\nType=Application\nName=Stubborn Editor\nExec=" VANTLE_REFUSER
                     "\nStartupWMClass=Refuser\nIcon=text-editor\n");
-        entry.close();
         qputenv("XDG_DATA_DIRS", m_data.path().toLocal8Bit());
         qputenv("XDG_DATA_HOME", m_data.path().toLocal8Bit());
     }
@@ -205,28 +204,29 @@ private slots:
                  qPrintable(lines.join(QLatin1Char('\n'))));
     }
 
-    void activationStampsTheLastActiveDate() {
-        QProcess& first = startRefuser();
-        QProcess& second = startRefuser({u"--class"_s, u"Second"_s});
-        QTRY_VERIFY_WITH_TIMEOUT(listed(pidOf(first)) && listed(pidOf(second)), 20'000);
-
-        activate(pidOf(first));
-        QTRY_COMPARE(m_workspace->frontmostApplication(), std::optional(pidOf(first)));
-        m_clock->advance(seconds(600));
-        const QDateTime switchedAt = m_clock->now();
-        activate(pidOf(second));
-        QTRY_COMPARE(m_workspace->frontmostApplication(), std::optional(pidOf(second)));
-        // Both the app that came to the front and the one that left it are stamped.
-        QTRY_COMPARE(m_monitor->lastActiveDate(pidOf(second)), switchedAt);
-        QCOMPARE(m_monitor->lastActiveDate(pidOf(first)), switchedAt);
-    }
-
-    void politeQuitClosesWhatAgreesAndReportsRefusers() {
+    // Activation stamps the last active date; hiding iconifies; a polite quit closes what agrees
+    // and reports refusers; forcing does not ask, and a process that has exited stays terminated.
+    void activateHideThenQuitPolitelyThenByForce() {
         QProcess& xterm = startClient(u"xterm"_s, {});
         QProcess& refuser = startRefuser();
         QTRY_VERIFY_WITH_TIMEOUT(listed(pidOf(xterm)) && listed(pidOf(refuser)), 20'000);
         const QList<AppInfo> batch{*findByPid(m_monitor->runningApps(), pidOf(xterm)),
                                    *findByPid(m_monitor->runningApps(), pidOf(refuser))};
+
+        activate(pidOf(xterm));
+        QTRY_COMPARE(m_workspace->frontmostApplication(), std::optional(pidOf(xterm)));
+        m_clock->advance(seconds(600));
+        const QDateTime switchedAt = m_clock->now();
+        activate(pidOf(refuser));
+        QTRY_COMPARE(m_workspace->frontmostApplication(), std::optional(pidOf(refuser)));
+        // Both the app that came to the front and the one that left it are stamped.
+        QTRY_COMPARE(m_monitor->lastActiveDate(pidOf(refuser)), switchedAt);
+        QCOMPARE(m_monitor->lastActiveDate(pidOf(xterm)), switchedAt);
+
+        const RunningApplicationRef handle = m_workspace->application(pidOf(refuser));
+        QVERIFY(!isIconic(pidOf(refuser)));
+        QVERIFY(handle->hide());
+        QTRY_VERIFY(isIconic(pidOf(refuser)));
 
         std::optional<QList<AppInfo>> stillRunning;
         m_monitor->quit(batch, [&](QList<AppInfo> apps) { stillRunning = apps; });
@@ -237,25 +237,12 @@ private slots:
         QCOMPARE(stillRunning, std::optional(QList<AppInfo>{batch[1]}));
         QTRY_VERIFY(!listed(pidOf(xterm)));
         QCOMPARE(refuser.state(), QProcess::Running);
+        QVERIFY(!handle->isTerminated());
 
-        // Forcing does not ask.
-        m_workspace->application(pidOf(refuser))->forceTerminate();
+        QVERIFY(handle->forceTerminate());
         QVERIFY(refuser.waitForFinished(10'000));
         QCOMPARE(refuser.exitStatus(), QProcess::CrashExit);
         QTRY_VERIFY(!listed(pidOf(refuser)));
-    }
-
-    // Hiding iconifies; a process that has exited stays terminated even if its pid comes back.
-    void hideThenQuitWithoutRecall() {
-        QProcess& refuser = startRefuser({u"--accept"_s});
-        QTRY_VERIFY_WITH_TIMEOUT(listed(pidOf(refuser)), 20'000);
-        const RunningApplicationRef handle = m_workspace->application(pidOf(refuser));
-        QVERIFY(!isIconic(pidOf(refuser)));
-        QVERIFY(handle->hide());
-        QTRY_VERIFY(isIconic(pidOf(refuser)));
-        QVERIFY(!handle->isTerminated());
-        QVERIFY(handle->terminate());
-        QVERIFY(refuser.waitForFinished(10'000));
         QTRY_VERIFY(handle->isTerminated());
         QVERIFY(!handle->terminate());
         QVERIFY(!handle->forceTerminate());
@@ -286,8 +273,7 @@ private slots:
         QCOMPARE(tray.pids(), QSet<qint32>{pidOf(*trayApp)});
         m_workspace->setStatusNotifierPids(tray.pids());
         QTRY_VERIFY(listed(pidOf(*trayApp)));
-        const AppInfo* app = findByPid(m_monitor->runningApps(), pidOf(*trayApp));
-        QVERIFY(app->isBackground);
+        QVERIFY(findByPid(m_monitor->runningApps(), pidOf(*trayApp))->isBackground);
         // Nothing to close politely: the request is refused rather than turned into a signal.
         QVERIFY(!m_workspace->application(pidOf(*trayApp))->terminate());
         QCOMPARE(trayApp->state(), QProcess::Running);

@@ -37,6 +37,15 @@ QByteArray schedule(const char* from, const char* to) {
     return edited(kSchedule, from, to);
 }
 
+// One switched off with its days out of order, one with no days at all.
+const QList<ShutdownSchedule> kSchedules{
+    {.isEnabled = false,
+     .action = ShutdownSchedule::Action::wake,
+     .days = {Weekday::saturday, Weekday::sunday},
+     .hour = 7,
+     .minute = 5},
+    {.action = ShutdownSchedule::Action::sleep, .days = {}, .hour = 23}};
+
 const QByteArray kBadRules =
     R"([{"bundleID":"a","name":"A","action":"explode","timeoutMinutes":1}])";
 
@@ -175,16 +184,9 @@ private slots:
             AppRule{u"Café — 日本語 🚀"_s, u"line\nbreak\ttab"_s, AppRule::Action::hide, 10}};
         QTest::newRow("appRules") << u"appRules"_s << QVariant::fromValue(rules)
                                   << DefaultsValue(*encodeAppRules(rules));
-        const QList<ShutdownSchedule> schedules{
-            {.isEnabled = false,
-             .action = ShutdownSchedule::Action::poweron,
-             .days = {ShutdownSchedule::Weekday::sunday, ShutdownSchedule::Weekday::saturday},
-             .hour = 7,
-             .minute = 5},
-            {.action = ShutdownSchedule::Action::restart, .days = {}, .hour = 23}};
         QTest::newRow("shutdownSchedules")
-            << u"shutdownSchedules"_s << QVariant::fromValue(schedules)
-            << DefaultsValue(encodeShutdownSchedules(schedules));
+            << u"shutdownSchedules"_s << QVariant::fromValue(kSchedules)
+            << DefaultsValue(encodeShutdownSchedules(kSchedules));
     }
     void writesBack() {
         QFETCH(QString, key);
@@ -316,13 +318,7 @@ private slots:
         s.setLaunchAtLogin(true);
         s.setShowInDock(true);
         s.setDockIconStyle(u"dark"_s);
-        s.setShutdownSchedules(
-            {{.isEnabled = false,
-              .action = ShutdownSchedule::Action::wake,
-              .days = {ShutdownSchedule::Weekday::saturday, ShutdownSchedule::Weekday::sunday},
-              .hour = 7,
-              .minute = 5},
-             {.action = ShutdownSchedule::Action::sleep, .days = {}, .hour = 23}});
+        s.setShutdownSchedules(kSchedules);
         s.setPmsetAlwaysAllow(true);
         s.setScheduleWarningStyle(u"window"_s);
         s.setScheduleWarningSeconds(120);
@@ -377,26 +373,9 @@ private slots:
         }
     }
 
-    void encode() {
-        // Keys in a fixed order; whole numbers without a fraction; upper-case UUIDs.
-        for (const auto& [timeout, text] : {std::pair{45.0, "45"}, std::pair{2.5, "2.5"}}) {
-            QCOMPARE(encodeAppRules(
-                         {{u"com.apple.Safari"_s, u"Safari"_s, AppRule::Action::quit, timeout}}),
-                     std::optional(QByteArray(R"([{"bundleID":"com.apple.Safari","name":"Safari",)"
-                                              R"("action":"quit","timeoutMinutes":)") +
-                                   text + "}]"));
-        }
-        const ShutdownSchedule weeknights{
-            .id = QUuid::fromString(u"0a7e5b1c-2d3f-4a5b-8c9d-0e1f2a3b4c5d"_s),
-            .action = ShutdownSchedule::Action::shutdown,
-            .days = {Weekday::monday, Weekday::tuesday, Weekday::wednesday, Weekday::thursday,
-                     Weekday::friday},
-            .hour = 23};
-        QCOMPARE(encodeShutdownSchedules({weeknights}),
-                 QByteArray(R"([{"id":"0A7E5B1C-2D3F-4A5B-8C9D-0E1F2A3B4C5D","isEnabled":true,)"
-                            R"("action":"Shut Down","days":[2,3,4,5,6],"hour":23,"minute":0}])"));
-        QCOMPARE(encodeShutdownSchedules({}), QByteArray("[]"));
-        // JSON has no NaN or infinity, and one such rule fails the whole list.
+    // JSON has no NaN or infinity, and one such rule fails the whole list. The stored form
+    // itself is pinned by decodeAccepts.
+    void encodeRefusesTimeoutsJsonCannotHold() {
         const AppRule good{u"a"_s, u"A"_s, AppRule::Action::hide, 5};
         for (const double timeout : {qQNaN(), qInf(), -qInf()}) {
             QVERIFY(!encodeAppRules({good, {u"b"_s, u"B"_s, AppRule::Action::quit, timeout}}));
@@ -444,6 +423,7 @@ private slots:
             << QByteArray(R"([{"x":[1],"timeoutMinutes":15,"action":"hide","name":"A",)"
                           R"("bundleID":"a.b"}])")
             << '[' + kRule + ']';
+        QTest::newRow("rule: fraction") << rule(":15", ":2.5") << rule(":15", ":2.5");
         QTest::newRow("schedule: key order, extras, lower-case id")
             << QByteArray(R"([{"minute":2,"note":"x","hour":1,"days":[2],"action":"Sleep",)"
                           R"("isEnabled":true,"id":"0a7e5b1c-2d3f-4a5b-8c9d-0e1f2a3b4c5d"}])")
@@ -461,8 +441,8 @@ private slots:
         const auto rules = decodeAppRules(document);
         const auto schedules = decodeShutdownSchedules(document);
         QVERIFY(rules || schedules);
-        QCOMPARE(rules ? encodeAppRules(*rules).value() : encodeShutdownSchedules(*schedules),
-                 canonical);
+        QCOMPARE(rules ? encodeAppRules(*rules).value() : canonical, canonical);
+        QCOMPARE(schedules ? encodeShutdownSchedules(*schedules) : canonical, canonical);
     }
 
     void weekdayOf_data() {
@@ -477,8 +457,7 @@ private slots:
         QFETCH(int, weekday);
         QCOMPARE(static_cast<int>(ShutdownSchedule::weekdayOf(date)), weekday);
 
-        ShutdownSchedule schedule;
-        schedule.days = {static_cast<Weekday>(weekday)};
+        const ShutdownSchedule schedule{.days = {static_cast<Weekday>(weekday)}};
         QVERIFY(schedule.occursOn(date));
         QVERIFY(!schedule.occursOn(date.addDays(1)));
         QVERIFY(!schedule.occursOn(date.addDays(-1)));

@@ -67,6 +67,7 @@ struct Rig {
     QStringList forwarded;
 
     explicit Rig(const QString& style = u"notification"_s) {
+        workspace.add(kSelf, u"Vantle"_s, u"com.pelmark.vantle"_s, ActivationPolicy::accessory);
         settings.setQuitWarningStyle(style);
         service.setSettings(&settings);
         service.onQuit = [this](const QList<AppInfo>& batch) { quits << ids(batch); };
@@ -104,123 +105,113 @@ struct Rig {
 class TestMonitor : public QObject {
     Q_OBJECT
 
-    std::unique_ptr<FakeWorkspace> workspace;
-    std::unique_ptr<ManualClock> clock;
-
-    std::unique_ptr<AppMonitorService> make() {
-        return std::make_unique<AppMonitorService>(*workspace, *clock, kSelf);
-    }
-
 private slots:
-    void init() {
-        workspace = std::make_unique<FakeWorkspace>();
-        clock = std::make_unique<ManualClock>();
-        workspace->add(kSelf, u"Vantle"_s, u"com.pelmark.vantle"_s, ActivationPolicy::accessory);
-    }
-
     void listsOtherAppsRegularFirstThenByName() {
-        workspace->add(10, u"Alpha"_s, {}, ActivationPolicy::accessory);
-        workspace->add(11, u"zeta"_s);
-        workspace->add(20, u"beta"_s);
-        workspace->add(12, u"Beta"_s);
-        workspace->add(13, u"alpha"_s);
-        workspace->add(14, std::nullopt);
-        workspace->add(15, u"Mail"_s, {}, ActivationPolicy::prohibited);
+        Rig r;
+        r.workspace.add(10, u"Alpha"_s, {}, ActivationPolicy::accessory);
+        r.workspace.add(11, u"zeta"_s);
+        r.workspace.add(20, u"beta"_s);
+        r.workspace.add(12, u"Beta"_s);
+        r.workspace.add(13, u"alpha"_s);
+        r.workspace.add(14, std::nullopt);
+        r.workspace.add(15, u"Mail"_s, {}, ActivationPolicy::prohibited);
         // Enough equal names that an unstable sort would shuffle them.
         QList<qint32> helpers;
         for (qint32 pid = 140; pid > 100; --pid) {
-            workspace->add(pid, u"Helper"_s, {}, ActivationPolicy::accessory);
+            r.workspace.add(pid, u"Helper"_s, {}, ActivationPolicy::accessory);
             helpers << pid;
         }
-        const auto monitor = make();
+        r.wire();
 
         // Equal names (20, 12) keep the system's order; case never decides.
-        QCOMPARE(ids(monitor->runningApps()),
+        QCOMPARE(ids(r.apps->runningApps()),
                  QList<qint32>({13, 20, 12, 14, 11, 10}) + helpers + QList<qint32>({15}));
-        QCOMPARE(monitor->runningApps()[3].name, u"Unknown"_s);
+        QCOMPARE(r.apps->runningApps()[3].name, u"Unknown"_s);
     }
 
     void datesStartWhenFirstSeenAndDieWithTheProcess() {
-        workspace->add(10, u"Old"_s);
-        const QDateTime start = clock->now();
-        const auto monitor = make();
-        QCOMPARE(monitor->runningApps()[0].lastActiveDate, start);
+        Rig r;
+        r.workspace.add(10, u"Old"_s);
+        const QDateTime start = r.clock.now();
+        r.wire();
+        QCOMPARE(r.apps->runningApps()[0].lastActiveDate, start);
 
-        clock->advance(1min);
-        workspace->emitDeactivate(10);
-        clock->advance(1min);
+        r.clock.advance(1min);
+        emit r.workspace.didDeactivateApplication(r.workspace.application(10));
+        r.clock.advance(1min);
 
         // Events that do not say which app change no date; launch and terminate still refresh.
-        const int calls = workspace->listCalls;
-        emit workspace->didActivateApplication(nullptr);
-        emit workspace->didLaunchApplication(nullptr);
-        emit workspace->didTerminateApplication(nullptr);
-        QCOMPARE(workspace->listCalls, calls + 2);
-        QCOMPARE(monitor->lastActiveDate(10), start.addSecs(60));
+        const int calls = r.workspace.listCalls;
+        emit r.workspace.didActivateApplication(nullptr);
+        emit r.workspace.didLaunchApplication(nullptr);
+        emit r.workspace.didTerminateApplication(nullptr);
+        QCOMPARE(r.workspace.listCalls, calls + 2);
+        QCOMPARE(r.apps->lastActiveDate(10), start.addSecs(60));
 
-        workspace->emitTerminate(10);
-        QVERIFY(!monitor->lastActiveDates().contains(10));
-        clock->advance(1h);
-        workspace->add(10, u"New"_s);
-        monitor->refresh();
-        QCOMPARE(monitor->lastActiveDate(10), clock->now());
+        r.workspace.emitTerminate(10);
+        QVERIFY(!r.apps->lastActiveDates().contains(10));
+        r.clock.advance(1h);
+        r.workspace.add(10, u"New"_s);
+        r.apps->refresh();
+        QCOMPARE(r.apps->lastActiveDate(10), r.clock.now());
     }
 
     void pollsOnlyWhileTheListIsVisible() {
-        const auto monitor = make();
-        QSignalSpy changes(monitor.get(), &AppMonitorService::runningAppsChanged);
-        const int calls = workspace->listCalls;
+        Rig r;
+        r.wire();
+        QSignalSpy changes(r.apps.get(), &AppMonitorService::runningAppsChanged);
+        const int calls = r.workspace.listCalls;
 
-        monitor->setListVisible(true);
-        monitor->setListVisible(true); // a second show must not start a second loop
-        QCOMPARE(workspace->listCalls, calls + 2);
-        clock->advance(4999ms);
-        QCOMPARE(workspace->listCalls, calls + 2);
-        clock->advance(1ms);
-        QCOMPARE(workspace->listCalls, calls + 3);
-        clock->advance(5s);
-        QCOMPARE(workspace->listCalls, calls + 4);
+        r.apps->setListVisible(true);
+        r.apps->setListVisible(true); // a second show must not start a second loop
+        QCOMPARE(r.workspace.listCalls, calls + 2);
+        r.clock.advance(4999ms);
+        QCOMPARE(r.workspace.listCalls, calls + 2);
+        r.clock.advance(1ms);
+        QCOMPARE(r.workspace.listCalls, calls + 3);
+        r.clock.advance(5s);
+        QCOMPARE(r.workspace.listCalls, calls + 4);
         QCOMPARE(changes.count(), 4); // notified although nothing changed
 
-        monitor->setListVisible(false);
-        clock->advance(1min);
-        QCOMPARE(workspace->listCalls, calls + 4);
+        r.apps->setListVisible(false);
+        r.clock.advance(1min);
+        QCOMPARE(r.workspace.listCalls, calls + 4);
     }
 
     void quitReportsOnlyTheRefusersAfterTenSeconds() {
-        workspace->add(10, u"Quits"_s);
-        workspace->add(11, u"Refuses"_s)->refusesToQuit = true;
-        workspace->add(12, u"Also quits"_s);
-        auto monitor = make();
-        const QList<AppInfo> listed = monitor->runningApps();
-        AppInfo gone;
-        gone.id = 99;
+        Rig r;
+        r.workspace.add(10, u"Quits"_s);
+        r.workspace.add(11, u"Refuses"_s)->refusesToQuit = true;
+        r.workspace.add(12, u"Also quits"_s);
+        r.wire();
+        const QList<AppInfo> listed = r.apps->runningApps();
+        const AppInfo gone = app(99, u"Gone"_s);
 
         std::optional<QList<qint32>> first;
         std::optional<QList<qint32>> second;
-        monitor->quit({listed[1], listed[2], gone},
-                      [&](const QList<AppInfo>& left) { first = ids(left); });
+        r.apps->quit({listed[1], listed[2], gone},
+                     [&](const QList<AppInfo>& left) { first = ids(left); });
         // A new process taking the quit app's pid must not count as a refusal.
-        workspace->add(10, u"Reborn"_s);
+        r.workspace.add(10, u"Reborn"_s);
 
-        clock->advance(5s);
-        monitor->quit({listed[0]}, [&](const QList<AppInfo>& left) { second = ids(left); });
-        clock->advance(4999ms);
+        r.clock.advance(5s);
+        r.apps->quit({listed[0]}, [&](const QList<AppInfo>& left) { second = ids(left); });
+        r.clock.advance(4999ms);
         QVERIFY(!first);
-        clock->advance(1ms);
+        r.clock.advance(1ms);
         QCOMPARE(*first, QList<qint32>({11}));
-        QVERIFY(ids(monitor->runningApps()).contains(10)); // refreshed before reporting
-        clock->advance(5s);
+        QVERIFY(ids(r.apps->runningApps()).contains(10)); // refreshed before reporting
+        r.clock.advance(5s);
         QCOMPARE(*second, QList<qint32>());
 
         // Checks still pending die with the service.
         bool called = false;
-        monitor->quit(listed, [&](const QList<AppInfo>&) { called = true; });
-        monitor->refreshAfterQuit();
-        monitor.reset();
-        clock->advance(1min);
+        r.apps->quit(listed, [&](const QList<AppInfo>&) { called = true; });
+        r.apps->refreshAfterQuit();
+        r.apps.reset();
+        r.clock.advance(1min);
         QVERIFY(!called);
-        QCOMPARE(clock->pendingTimerCount(), std::size_t(0));
+        QCOMPARE(r.clock.pendingTimerCount(), std::size_t(0));
     }
 
     void quitAll_data() {
@@ -236,17 +227,18 @@ private slots:
         QFETCH(bool, force);
         QFETCH(bool, protect);
         QFETCH(QList<qint32>, asked);
-        workspace->add(10, u"A"_s, u"com.a"_s);
-        workspace->add(11, u"No id"_s);
-        workspace->add(12, u"Menu"_s, u"com.menu"_s, ActivationPolicy::accessory);
-        workspace->add(13, u"Agent"_s, {}, ActivationPolicy::prohibited);
-        workspace->add(14, u"Other A"_s, u"com.A"_s);
-        const QList<std::shared_ptr<FakeRunningApplication>> all = workspace->apps;
-        const auto monitor = make();
+        Rig r;
+        r.workspace.add(10, u"A"_s, u"com.a"_s);
+        r.workspace.add(11, u"No id"_s);
+        r.workspace.add(12, u"Menu"_s, u"com.menu"_s, ActivationPolicy::accessory);
+        r.workspace.add(13, u"Agent"_s, {}, ActivationPolicy::prohibited);
+        r.workspace.add(14, u"Other A"_s, u"com.A"_s);
+        const QList<std::shared_ptr<FakeRunningApplication>> all = r.workspace.apps;
+        r.wire();
 
         QList<qint32> returned;
         for (const RunningApplicationRef& app :
-             monitor->quitAll(force, {u"com.a"_s, u"com.b"_s}, protect)) {
+             r.apps->quitAll(force, {u"com.a"_s, u"com.b"_s}, protect)) {
             returned << app->processIdentifier();
         }
         QCOMPARE(returned, asked);
@@ -260,13 +252,13 @@ private slots:
         QCOMPARE(requested, asked);
 
         // The list catches up 0.8 s later; a further request restarts the wait.
-        const int calls = workspace->listCalls;
-        clock->advance(500ms);
-        monitor->refreshAfterQuit();
-        clock->advance(799ms);
-        QCOMPARE(workspace->listCalls, calls);
-        clock->advance(1ms);
-        QCOMPARE(workspace->listCalls, calls + 1);
+        const int calls = r.workspace.listCalls;
+        r.clock.advance(500ms);
+        r.apps->refreshAfterQuit();
+        r.clock.advance(799ms);
+        QCOMPARE(r.workspace.listCalls, calls);
+        r.clock.advance(1ms);
+        QCOMPARE(r.workspace.listCalls, calls + 1);
     }
 
     // Auto quit: the idle sweep and the per-app rules.
@@ -460,15 +452,26 @@ private slots:
         QVERIFY(!rig.presenter->open);
     }
 
-    void countdownQuitsTheBatchInArrivalOrder() {
+    // The engine hands the same idle app over every minute; only new apps restart the count of
+    // whole seconds, and the batch is then quit in arrival order.
+    void repeatsAreIgnoredAndNewcomersRestartTheCount() {
         Rig rig;
-        rig.settings.setQuitWarningSeconds(3.9); // truncated to 3
+        rig.settings.setQuitWarningSeconds(59.9); // truncated to 59
+        rig.service.present({app(5, u"B"_s)});
+        rig.clock.advance(seconds(48));
+        rig.service.present({app(5, u"B"_s)});
+        QCOMPARE(rig.service.state().secondsLeft(), 11);
+        QCOMPARE(rig.center.posted.size(), 1);
+
         rig.service.present({app(5, u"B"_s), app(4, u"A"_s)});
-        rig.clock.advance(seconds(2));
-        QCOMPARE(rig.service.state().secondsLeft(), 1);
+        QCOMPARE(rig.service.state().secondsLeft(), 59);
+        QCOMPARE(ids(rig.service.state().apps()), (QList<qint32>{5, 4}));
+        QCOMPARE(rig.center.posted.size(), 2);
+        QCOMPARE(rig.center.posted.last().title, u"Quitting Idle Apps"_s);
+        rig.clock.advance(seconds(58));
         QVERIFY(rig.quits.isEmpty());
         rig.clock.advance(seconds(1));
-        QCOMPARE(rig.quits, (QList<QList<qint32>>{{5, 4}}));
+        QCOMPARE(rig.quits, (Batches{{5, 4}}));
         QVERIFY(rig.center.removed.contains(u"Vantle.autoQuit.warning"_s));
         QVERIFY(rig.service.state().apps().isEmpty());
         QCOMPARE(rig.service.presenting(), QuitWarningService::Presenting::none);
@@ -476,28 +479,10 @@ private slots:
         QCOMPARE(rig.quits.size(), 1);
     }
 
-    // The engine hands the same idle app over every minute; only new apps restart the count.
-    void repeatsAreIgnoredAndNewcomersRestartTheCount() {
-        Rig rig;
-        rig.service.present({app(1, u"A"_s)});
-        rig.clock.advance(seconds(48));
-        rig.service.present({app(1, u"A"_s)});
-        QCOMPARE(rig.service.state().secondsLeft(), 12);
-        QCOMPARE(rig.center.posted.size(), 1);
-
-        rig.service.present({app(1, u"A"_s), app(2, u"B"_s)});
-        QCOMPARE(rig.service.state().secondsLeft(), 60);
-        QCOMPARE(ids(rig.service.state().apps()), (QList<qint32>{1, 2}));
-        QCOMPARE(rig.center.posted.size(), 2);
-        QCOMPARE(rig.center.posted.last().title, u"Quitting Idle Apps"_s);
-        rig.clock.advance(seconds(60));
-        QCOMPARE(rig.quits, (QList<QList<qint32>>{{1, 2}}));
-    }
-
     void neverQuitsAtOnceWithoutDeduplicating() {
         Rig rig(u"never"_s);
         rig.service.present({app(1, u"A"_s), app(1, u"A"_s)});
-        QCOMPARE(rig.quits, (QList<QList<qint32>>{{1, 1}}));
+        QCOMPARE(rig.quits, (Batches{{1, 1}}));
         QVERIFY(rig.center.posted.isEmpty());
         QCOMPARE(rig.presenter->shows, 0);
     }
@@ -513,12 +498,12 @@ private slots:
         QCOMPARE(rig.service.state().apps().size(), 1); // foreign actions leave it running
 
         rig.center.respond(u"Vantle.autoQuit.warning"_s, u"Vantle.autoQuit.cancel"_s);
-        QCOMPARE(rig.cancels, (QList<QList<qint32>>{{1}}));
+        QCOMPARE(rig.cancels, (Batches{{1}}));
         QVERIFY(rig.quits.isEmpty());
 
         rig.service.present({app(2, u"B"_s)});
         rig.center.respond(u"Vantle.autoQuit.warning"_s, u"Vantle.autoQuit.quitNow"_s);
-        QCOMPARE(rig.quits, (QList<QList<qint32>>{{2}}));
+        QCOMPARE(rig.quits, (Batches{{2}}));
     }
 
     // Without permission to notify, the panel carries the warning.
@@ -544,11 +529,11 @@ private slots:
         QCOMPARE(ids(rig.service.state().apps()), (QList<qint32>{1, 2}));
 
         rig.presenter->cancel();
-        QCOMPARE(rig.cancels, (QList<QList<qint32>>{{1, 2}}));
+        QCOMPARE(rig.cancels, (Batches{{1, 2}}));
         QVERIFY(!rig.presenter->open);
         rig.service.present({app(3, u"C"_s)});
         rig.presenter->confirm();
-        QCOMPARE(rig.quits, (QList<QList<qint32>>{{3}}));
+        QCOMPARE(rig.quits, (Batches{{3}}));
     }
 
     void refusalsAreReportedOnlyByNotification_data() {
