@@ -36,10 +36,6 @@ using Action = ShutdownSchedule::Action;
 using Weekday = ShutdownSchedule::Weekday;
 
 namespace {
-// 2026-11-16 is a Monday.
-QDateTime monday(int hour, int minute, int second = 0) {
-    return QDateTime(QDate(2026, 11, 16), QTime(hour, minute, second));
-}
 
 std::set<Weekday> everyDay() {
     return {ShutdownSchedule::allWeekdays.begin(), ShutdownSchedule::allWeekdays.end()};

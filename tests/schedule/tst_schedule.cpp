@@ -37,10 +37,6 @@ using Action = ShutdownSchedule::Action;
 using Weekday = ShutdownSchedule::Weekday;
 
 namespace {
-// 2026-11-16 is a Monday.
-QDateTime monday(int hour, int minute, int second = 0) {
-    return QDateTime(QDate(2026, 11, 16), QTime(hour, minute, second));
-}
 QDateTime berlin(int month, int day, int hour, int minute, int second = 0) {
     return QDateTime(QDate(2026, month, day), QTime(hour, minute, second),
                      QTimeZone("Europe/Berlin"));

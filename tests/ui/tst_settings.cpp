@@ -1,5 +1,6 @@
 #include "fakes/LogCapture.h"
 #include "fakes/RemovalFixture.h"
+#include "fakes/Schedules.h"
 #include "fakes/SettingsFixture.h"
 #include "model/AppSettings.h"
 #include "system/HotKeyService.h"
@@ -92,15 +93,6 @@ const BoundSetting kBoundSettings[]{
     {"dockIconStyle", u"dark"_s, u"light"_s},
     {"showInDock", false, true},
 };
-
-ShutdownSchedule schedule(Action action, qint64 hour = 22, qint64 minute = 0) {
-    ShutdownSchedule s;
-    s.action = action;
-    s.days = {ShutdownSchedule::Weekday::monday};
-    s.hour = hour;
-    s.minute = minute;
-    return s;
-}
 
 template <typename T>
 T* child(QWidget* root, const QString& name) {
