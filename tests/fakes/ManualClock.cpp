@@ -25,8 +25,6 @@ ManualClock::ManualClock(QDateTime wallNow)
     : m_wallNow(std::move(wallNow))
     , m_self(std::make_shared<ManualClock*>(this)) {}
 
-ManualClock::~ManualClock() = default;
-
 Timer ManualClock::schedule(Milliseconds delay, bool repeats, std::function<void()> callback,
                             std::optional<Milliseconds> tolerance) {
     const quint64 id = m_nextId++;

@@ -12,7 +12,6 @@ namespace vantle {
 class ManualClock final : public Clock {
 public:
     explicit ManualClock(QDateTime wallNow = QDateTime(QDate(2026, 11, 16), QTime(9, 0)));
-    ~ManualClock() override;
 
     QDateTime now() const override { return m_wallNow; }
     Milliseconds monotonicNow() const override { return m_monotonicNow; }

@@ -71,8 +71,6 @@ QList<QVariantList> mockedCalls(QDBusConnection bus, const QString& service, con
     return result;
 }
 
-MockedBus::MockedBus() = default;
-
 MockedBus::~MockedBus() {
     for (const auto& mock : m_mocks) {
         mock->terminate();

@@ -33,7 +33,6 @@ QList<QVariantList> mockedCalls(QDBusConnection bus, const QString& service, con
 // for both the system and the session bus; everything stops when it goes.
 class MockedBus {
 public:
-    MockedBus();
     ~MockedBus();
 
     // Why tests cannot run here (no dbus-daemon, no dbusmock); empty when they can.
