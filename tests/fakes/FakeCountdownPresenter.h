@@ -1,7 +1,9 @@
 #pragma once
 
+#include "platform/NotificationCenter.h"
 #include "system/CountdownPresenter.h"
 
+#include <QTest>
 #include <functional>
 
 namespace vantle {
@@ -25,5 +27,16 @@ struct FakeCountdownPresenter final : CountdownPresenter {
     void confirm() const { onAnswer(true); }
     void cancel() const { onAnswer(false); }
 };
+
+// Style and permission pairs under which either warning shows its panel instead of a
+// notification; both warnings resolve the style the same way, so they share the rows.
+inline void addPanelFallbackRows() {
+    QTest::addColumn<QString>("style");
+    QTest::addColumn<AuthorizationStatus>("status");
+    QTest::newRow("window") << QStringLiteral("window") << AuthorizationStatus::authorized;
+    QTest::newRow("denied") << QStringLiteral("notification") << AuthorizationStatus::denied;
+    QTest::newRow("unknown style, not determined")
+        << QStringLiteral("banner") << AuthorizationStatus::notDetermined;
+}
 
 } // namespace vantle

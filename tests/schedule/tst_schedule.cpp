@@ -460,14 +460,7 @@ private slots:
     }
 
     // Without permission to notify, the panel carries the warning.
-    void panelForWindowStyleAndWhenNotificationsAreDenied_data() {
-        QTest::addColumn<QString>("style");
-        QTest::addColumn<AuthorizationStatus>("status");
-        QTest::newRow("window") << u"window"_s << AuthorizationStatus::authorized;
-        QTest::newRow("denied") << u"notification"_s << AuthorizationStatus::denied;
-        QTest::newRow("unknown style, not determined")
-            << u"banner"_s << AuthorizationStatus::notDetermined;
-    }
+    void panelForWindowStyleAndWhenNotificationsAreDenied_data() { addPanelFallbackRows(); }
     void panelForWindowStyleAndWhenNotificationsAreDenied() {
         QFETCH(QString, style);
         QFETCH(AuthorizationStatus, status);
